@@ -1,0 +1,10 @@
+// The label that the version table shows for a port's chip.
+#pragma once
+
+namespace fwup {
+
+// Writes the label of the device ID `did`, a hexadecimal text, into `label`
+// (at least 8 bytes); "unknown" for an ID that has none.
+void convertDIDtoName(const char* did, char* label);
+
+}  // namespace fwup
