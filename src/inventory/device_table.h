@@ -27,8 +27,8 @@ extern const char* const SUPDID[];
 // True for exactly an entry of SUPDID; case counts.
 bool is_did_supported(const char* did);
 
-// True when the token begins with a hexadecimal digit and is not zero, read as
-// a hexadecimal number up to its first other character.
+// True when the token begins with a hexadecimal digit and is not zero, as
+// strtoul reads it with base 16.
 bool is_valid_mac_address(const char* mac);
 
 // Takes the next line. True when it is the row of a supported port, which is

@@ -47,30 +47,30 @@ static void copyNicInfo(DeviceHeadTail* list, const _KV_PHY_NIC_SUMMARY* summari
     }
 }
 
-static bool readNicInfo(DeviceHeadTail* list) {
-    uint32_t count = 0;
-    if (KVmapiGetNumPhyNic(&count) != 0) {
+// The summaries stay the caller's to free, also after a failure.
+static bool readSummaries(_KV_PHY_NIC_SUMMARY** summaries, uint32_t* count) {
+    if (KVmapiGetNumPhyNic(count) != 0) {
         return false;
     }
     // calloc also refuses a count whose product overflows.
-    _KV_PHY_NIC_SUMMARY* summaries =
-        static_cast<_KV_PHY_NIC_SUMMARY*>(calloc(count, sizeof(_KV_PHY_NIC_SUMMARY)));
-    if (summaries == nullptr) {
+    *summaries = static_cast<_KV_PHY_NIC_SUMMARY*>(calloc(*count, sizeof(_KV_PHY_NIC_SUMMARY)));
+    if (*summaries == nullptr) {
         writetoLog("Error! Unable to create resources for ptr_phy_list.\n", true);
         return false;
     }
-    const bool filled = KVmapiGetAllPhyNic(summaries, count) == 0;
-    if (filled) {
-        copyNicInfo(list, summaries, count);
-    }
-    free(summaries);
-    return filled;
+    return KVmapiGetAllPhyNic(*summaries, *count) == 0;
 }
 
 bool get_nic_info(DeviceHeadTail* list) {
+    _KV_PHY_NIC_SUMMARY* summaries = nullptr;
+    uint32_t count = 0;
     KVmapiInitialize();
-    const bool known = readNicInfo(list);
+    const bool known = readSummaries(&summaries, &count);
+    if (known) {
+        copyNicInfo(list, summaries, count);
+    }
     KVmapiUninitialize();
+    free(summaries);
     return known;
 }
 

@@ -2,13 +2,16 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdio>
 
 namespace fwup {
 
 bool fileExist(const char* path) {
     struct stat status;
-    return stat(path, &status) == 0;
+    // EOVERFLOW: the file is there, only its time stamp lies beyond 2038, which
+    // a 32-bit time_t can't hold.
+    return stat(path, &status) == 0 || errno == EOVERFLOW;
 }
 
 bool file_exists(const char* path) {

@@ -9,15 +9,15 @@ namespace fwup {
 
 bool createResponseFile(const char* name) {
     FILE* file = fopen(name, "w+t");
-    if (file != nullptr) {
-        const bool written = fprintf(file, "%s\n", name) > 0;
-        if (fclose(file) == 0 && written) {
-            return true;
-        }
-        // An empty answer would leave the utility waiting or refusing.
-        deleteFile(name);
+    const bool written = file != nullptr && fprintf(file, "%s\n", name) > 0;
+    // A full disk may show only when the buffer is flushed.
+    if (file != nullptr && fclose(file) == 0 && written) {
+        return true;
     }
     writeMessage(true, "Error! Cannot create temporary file \"%s\".\n", name);
+    if (file != nullptr) {
+        deleteFile(name);
+    }
     return false;
 }
 

@@ -101,7 +101,10 @@ static void displayBlock(const Device* device, const IscsiConfigBlock& block) {
         parseForVersion(line);
         version = line;
     }
-    writeMessage(true, "%s version for %s is %s\n", block.label, device->mac, version);
+    // The version may fill its line: more than a message holds.
+    char text[messageSize + inventoryLineSize];
+    snprintf(text, sizeof text, "%s version for %s is %s\n", block.label, device->mac, version);
+    writetoLog(text, true);
 }
 
 void display_iscsicfg_versions(const DeviceHeadTail* list) {

@@ -45,30 +45,34 @@ static int repairNics(const uint32_t* handles, _KV_ADAPTER_INFO_EX* infos, uint3
     return changed;
 }
 
-// calloc refuses a count whose product overflows.
-static int repairAllNics(uint32_t count) {
-    int changed = 0;
-    uint32_t* handles = static_cast<uint32_t*>(calloc(count, sizeof(uint32_t)));
-    _KV_ADAPTER_INFO_EX* infos = nullptr;
-    if (handles != nullptr) {
-        infos = static_cast<_KV_ADAPTER_INFO_EX*>(calloc(count, sizeof(_KV_ADAPTER_INFO_EX)));
+// What one repair works on; released only after the library is.
+struct NicArrays {
+    uint32_t* handles;
+    _KV_ADAPTER_INFO_EX* infos;
+};
+
+// calloc also refuses a count whose product overflows.
+static bool allocate(NicArrays* arrays, uint32_t count) {
+    arrays->handles = static_cast<uint32_t*>(calloc(count, sizeof(uint32_t)));
+    if (arrays->handles == nullptr) {
+        return false;
     }
-    if (infos != nullptr && KVmapiGetAllPhyNicHandles(handles, count) == 0) {
-        changed = repairNics(handles, infos, count);
-    }
-    free(infos);
-    free(handles);
-    return changed;
+    arrays->infos = static_cast<_KV_ADAPTER_INFO_EX*>(calloc(count, sizeof(_KV_ADAPTER_INFO_EX)));
+    return arrays->infos != nullptr;
 }
 
 int DoKVmapiConfigNicPartMAC() {
     int changed = 0;
+    NicArrays arrays = {};
     uint32_t count = 0;
     KVmapiInitialize();
-    if (KVmapiGetNumPhyNicEx(&count) == 0 && count != 0) {
-        changed = repairAllNics(count);
+    if (KVmapiGetNumPhyNicEx(&count) == 0 && count != 0 && allocate(&arrays, count) &&
+        KVmapiGetAllPhyNicHandles(arrays.handles, count) == 0) {
+        changed = repairNics(arrays.handles, arrays.infos, count);
     }
     KVmapiUninitialize();
+    free(arrays.infos);
+    free(arrays.handles);
     return changed;
 }
 

@@ -16,6 +16,8 @@ const char* getBuildVer() {
     memset(buildVer, 0, sizeof buildVer);
     FILE* file = fopen("BuildVersion.txt", "r");
     if (file == nullptr) {
+        // Standard error isn't buffered: keep the true order on the console.
+        fflush(stdout);
         perror("Error in opening file");
         return nullptr;
     }

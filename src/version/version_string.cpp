@@ -23,6 +23,14 @@ static int32_t toNumber(const char* text) {
     return static_cast<int32_t>(std::clamp<long long>(value, INT32_MIN, INT32_MAX));
 }
 
+static bool parseDigits(const char* token, int32_t* number) {
+    if (onlyDigits(token) == 0) {
+        return false;
+    }
+    *number = toNumber(token);
+    return true;
+}
+
 // Digits and a final letter; cuts the letter off the token.
 static bool parseLettered(char* token, int32_t* number, char* letter) {
     char* last = token + strlen(token) - 1;
@@ -31,15 +39,13 @@ static bool parseLettered(char* token, int32_t* number, char* letter) {
     }
     *letter = *last;
     *last = '\0';
-    *number = toNumber(token);
-    return onlyDigits(token) == 1;
+    return parseDigits(token, number);
 }
 
 static bool parseField(int index, char* token, _build_version_t* out) {
     switch (index) {
         case 0:
-            out->v0 = toNumber(token);
-            return onlyDigits(token) == 1;
+            return parseDigits(token, &out->v0);
         case 1:
             return parseLettered(token, &out->v1D, &out->v1C);
         case 2:
@@ -116,8 +122,10 @@ void trim_left(char* s) {
     if (s == nullptr) {
         return;
     }
-    const char* kept = s + strspn(s, trimmed);
-    memmove(s, kept, strlen(kept) + 1);
+    const size_t skipped = strspn(s, trimmed);
+    if (skipped > 0) {
+        memmove(s, s + skipped, strlen(s + skipped) + 1);
+    }
 }
 
 void trim_right(char* s) {

@@ -1,0 +1,35 @@
+// Runs a command and prints, on standard error, its wall-clock seconds and the
+// peak resident kilobytes of it and of all that it ran.
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <ctime>
+
+static double now() {
+    timespec time = {};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+int main(int argc, char** argv) {
+    if (argc < 2) {
+        fputs("usage: measure COMMAND [ARGUMENT...]\n", stderr);
+        return 2;
+    }
+    const double start = now();
+    const pid_t child = vfork();
+    if (child == 0) {
+        execv(argv[1], argv + 1);
+        _exit(127);
+    }
+    int status = 0;
+    rusage usage = {};
+    if (child < 0 || wait4(child, &status, 0, &usage) != child) {
+        perror("measure");
+        return 2;
+    }
+    fprintf(stderr, "%.6f %ld\n", now() - start, usage.ru_maxrss);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+}
