@@ -89,6 +89,17 @@ void resetCounters(const Fleet& fleet) {
     }
 }
 
+// A table of its own: libc names signals only from 2.32 on, and the stand-ins
+// run on older systems too.
+static const struct {
+    const char* name;
+    int number;
+} knownSignals[] = {
+    {"HUP", SIGHUP},   {"INT", SIGINT},   {"QUIT", SIGQUIT}, {"ABRT", SIGABRT},
+    {"BUS", SIGBUS},   {"KILL", SIGKILL}, {"SEGV", SIGSEGV}, {"PIPE", SIGPIPE},
+    {"ALRM", SIGALRM}, {"TERM", SIGTERM}, {"STOP", SIGSTOP}, {"XCPU", SIGXCPU},
+};
+
 int signalNumber(const Json& value) {
     if (value.is_number_unsigned()) {
         return value.get<uint64_t>() < NSIG ? value.get<int>() : 0;
@@ -97,10 +108,9 @@ int signalNumber(const Json& value) {
     if (name.compare(0, 3, "SIG") == 0) {
         name.erase(0, 3);
     }
-    for (int number = 1; number < NSIG; ++number) {
-        const char* known = sigabbrev_np(number);
-        if (known != nullptr && name == known) {
-            return number;
+    for (const auto& known : knownSignals) {
+        if (name == known.name) {
+            return known.number;
         }
     }
     return 0;

@@ -9,6 +9,7 @@
 #include "log/exit_code.h"
 #include "log/file_util.h"
 #include "log/update_log.h"
+#include "update/component_table.h"
 #include "version/build_stamp.h"
 
 namespace fwup {
@@ -16,9 +17,6 @@ namespace fwup {
 uint8_t bForce = 0;
 
 static const char* const backupFile = "nv.bak";
-
-// Room for device ID, component and ".bin".
-constexpr int imageNameSize = 64;
 
 static bool isComponent(const char* component, const char* name) {
     return strcasecmp(component, name) == 0;
@@ -32,8 +30,8 @@ static bool hasFcode(const Device* device) {
 }
 
 static void nameImage(const Device* device, const char* component, char (&image)[imageNameSize]) {
-    const char* part = isComponent(component, "mba") && hasFcode(device) ? "mbaf" : component;
-    snprintf(image, sizeof image, "%s%s.bin", device->didStr, part);
+    const bool withFcode = isComponent(component, "mba") && hasFcode(device);
+    writeImageName(image, device->didStr, withFcode ? fcodeImagePart : component);
 }
 
 static bool isForced(const Device* device, const char* component, bool stampForces) {

@@ -9,6 +9,7 @@
 #include "log/update_log.h"
 #include "maintenance/diagnostics.h"
 #include "update/component_flash.h"
+#include "update/component_table.h"
 #include "update/yb_repair.h"
 #include "version/build_stamp.h"
 
@@ -16,21 +17,6 @@ namespace fwup {
 
 uint8_t bool_iscsi_fix = 0;
 uint8_t bool_vt_ncsi = 0;
-
-struct PassComponent {
-    VersionField Device::*version;  // the component is flashed when this is present
-    const char* name;
-    const char* vtNcsiName;  // what bool_vt_ncsi flashes instead
-};
-
-// In the order of the flashes.
-static const PassComponent passComponents[] = {
-    {&Device::bootVer, "bc", "bc"},     {&Device::mfwVer, "mfw1", "mfw1"},
-    {&Device::ipmiVer, "ipmi", "ipmi"}, {&Device::asfVer, "asf", "asf"},
-    {&Device::pxeVer, "mba", "mba"},    {&Device::l2Ver, "l2t", "l2t"},
-    {&Device::umpVer, "ump", "ump"},    {&Device::ncsiVer, "ncsi", "ncsi"},
-    {&Device::imfwVer, "imfw", "ncsi"}, {&Device::iscsiVer, "ib", "ib"},
-};
 
 struct DeletedBlock {
     const char* name;   // as the utility names the block

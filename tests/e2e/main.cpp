@@ -1,0 +1,13 @@
+#include <gtest/gtest.h>
+
+#include "cases.h"
+#include "harness.h"
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    if (!e2e::isSandboxed()) {
+        return 1;
+    }
+    e2e::registerCases();
+    return RUN_ALL_TESTS();
+}

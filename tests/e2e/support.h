@@ -1,0 +1,30 @@
+// What the end-to-end tests share: the tool's often repeated texts, and runs
+// that are checked for what must hold of every one.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "harness.h"
+
+namespace e2e {
+
+// A log's first lines.
+inline const std::string header = "Kelvane Firmware Update Log.\n\n";
+
+// Runs the program and expects that log and console tell the same commands
+// with the same outcomes, that every command has one, and that no file is left
+// in the package directory but `left`.
+Result checkedRun(const Texts& arguments = {}, const Texts& left = {});
+
+// The console without the outcomes of commands that were run, which any mode
+// shows.
+std::string spoken(const Result& result);
+
+// The commands that contain `word`, without the utility's path and the blanks
+// at the end, and with LOG for the log's path.
+Texts commandsWith(const Result& result, const std::string& word);
+
+// True when all parts are found, each after the one before.
+testing::AssertionResult hasInOrder(const std::string& text, const Texts& parts);
+
+}  // namespace e2e

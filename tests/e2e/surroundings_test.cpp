@@ -1,0 +1,200 @@
+// What the program makes of the machine and the process that it finds: names
+// of logs, lost logs, signals and streams.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <set>
+
+#include "support.h"
+
+namespace e2e {
+
+namespace fs = std::filesystem;
+
+static const std::string logBase = logDirectory + "/kvlnfwup";
+
+// Takes the first `count` names of logs.
+static void takeLogNames(const std::string& base, int count) {
+    fs::create_directories(fs::path(base).parent_path());
+    for (int i = 0; i < count; i++) {
+        char number[16] = "";
+        snprintf(number, sizeof number, i == 0 ? "" : "%03d", i);
+        writeFile(base + number + ".log", "taken");
+    }
+}
+
+TEST(Log, Names) {
+    struct Case {
+        void (*arrange)();
+        std::string logPath;
+    };
+    const Case cases[] = {
+        {[] {}, logBase + ".log"},
+        {[] { fs::remove_all("/var/log"); }, logBase + ".log"},
+        {[] { takeLogNames(logBase, 1); }, logBase + "001.log"},
+        {[] { takeLogNames(logBase, 2); }, logBase + "002.log"},
+        {[] { takeLogNames(logBase, 3), fs::remove(logBase + "001.log"); }, logBase + "001.log"},
+        {[] { takeLogNames(logBase, 99); }, logBase + "099.log"},
+        {[] { takeLogNames(logBase, 100); }, logBase + "100.log"},
+        {[] { takeLogNames(logBase, 1000); }, logBase + "1000.log"},
+        {[] { fs::create_directories(logBase + ".log"); }, logBase + "001.log"},
+        // Where there can be no log directory, the current one serves.
+        {[] { writeFile(logDirectory, ""); }, "kvlnfwup.log"},
+        {[] { fs::remove_all("/var"), writeFile("/var", ""); }, "kvlnfwup.log"},
+        {[] { writeFile(logDirectory, ""), takeLogNames("/package/kvlnfwup", 101); },
+         "kvlnfwup101.log"},
+    };
+    for (const Case& c : cases) {
+        makePackage("one");
+        c.arrange();
+        const Result result = checkedRun({"-?"});
+        EXPECT_EQ(result.logPath, c.logPath);
+        EXPECT_EQ(result.log, header);
+    }
+}
+
+TEST(Log, DirectoriesAreMade) {
+    makePackage("one");
+    fs::remove_all("/var");
+    EXPECT_EQ(run({"-?"}, [] { umask(0); }).logPath, logBase + ".log");
+    for (const char* directory : {"/var", "/var/log", "/var/log/Marvek_Support"}) {
+        EXPECT_EQ(fs::status(directory).permissions(), static_cast<fs::perms>(0755)) << directory;
+    }
+}
+
+// What can't be logged is not flashed, and the run tells.
+TEST(Log, CannotBeWritten) {
+    const std::string lost = "Error! Unable to write to log file.\n";
+    const std::string start = "Error! Unable to initialize log file.\n";
+    void (*const spoilers[])(const std::string&) = {makeReadOnly, fillUp};
+    for (const auto spoil : spoilers) {
+        makePackage("one");
+        spoil(logDirectory);
+        const Result loud = run({});
+        EXPECT_EQ(loud.status, 1);
+        EXPECT_EQ(spoken(loud).find(start + "Marvek Ethernet"), 0U);
+        EXPECT_TRUE(hasInOrder(spoken(loud), {"Version 1.0.64\n\n" + lost, "Okay\n" + lost,
+                                              "\t---> failed\n", "3C01bc.bin" + lost}));
+        EXPECT_EQ(loud.console.find("Update successful"), std::string::npos);
+        EXPECT_EQ(loud.files, Texts{});
+        const Json components = readAdapters()["adapters"][0]["components"];
+        EXPECT_EQ(components["bc"], spoil == fillUp ? "7.12.5" : "7.10.4");
+
+        const Result silent = run({"-s"});
+        EXPECT_EQ(silent.status, 1);
+        EXPECT_EQ(spoken(silent).find(start + "\n\nBuild Version"), 0U);
+        EXPECT_EQ(silent.console.find(lost), std::string::npos);
+    }
+}
+
+TEST(Log, SilentRunLogsTheSame) {
+    makePackage("rack");
+    const Result loud = checkedRun({"-f"});
+    makePackage("rack");
+    EXPECT_EQ(checkedRun({"-s", "-force"}).log, loud.log);
+}
+
+// Runs that must go like one that nothing happened to.
+class Undisturbed : public testing::Test {
+  protected:
+    void SetUp() override {
+        makePackage("one");
+        quiet = checkedRun();
+        updated = readAdapters();
+        makePackage("one");
+    }
+    void expectTheSame(const Result& result) const {
+        EXPECT_EQ(result.status, quiet.status);
+        EXPECT_EQ(result.log, quiet.log);
+        EXPECT_EQ(result.files, quiet.files);
+        EXPECT_EQ(readAdapters()["adapters"], updated["adapters"]);
+    }
+    Result quiet;
+    Json updated;
+};
+
+// At each command the whole process group gets the signal.
+TEST_F(Undisturbed, BySignals) {
+    for (const char* name : {"SIGHUP", "SIGINT", "SIGQUIT", "SIGTERM", "SIGPIPE"}) {
+        SCOPED_TRACE(name);
+        makePackage("one");
+        editAdapters({{"/faults", {{{"command", Json::object()}, {"groupSignal", name}}}}});
+        const Result result = run({}, [] {
+            for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
+                signal(number, SIG_DFL);
+            }
+        });
+        expectTheSame(result);
+        EXPECT_EQ(result.console, quiet.console);
+    }
+}
+
+// No text of the console may land in a file that takes a stream's place.
+TEST_F(Undisturbed, ByClosedStreams) {
+    const Result result = run({}, [] {
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            close(stream);
+        }
+    });
+    expectTheSame(result);
+    EXPECT_EQ(result.console, "");
+}
+
+TEST_F(Undisturbed, ByAConsoleThatNobodyReads) {
+    expectTheSame(run({}, [] {
+        int ends[2];
+        if (pipe(ends) == 0) {
+            dup2(ends[1], STDOUT_FILENO);
+            close(ends[0]);
+            close(ends[1]);
+        }
+    }));
+}
+
+// A parent that ignores SIGCHLD must not turn a failed flash into a success.
+TEST(Process, ChildSignalIgnored) {
+    makePackage("one");
+    writeFile("/package/3C01bc.bin", "no image");
+    const Result result = run({}, [] { signal(SIGCHLD, SIG_IGN); });
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(hasInOrder(result.log, {"3C01bc.bin nv.bak >>", "\" returned code: 5\n"}));
+}
+
+// On one pipe, what was printed before a command stands before what the
+// command itself says there, and its outcome after.
+TEST(Process, ConsoleInTrueOrder) {
+    makePackage("one");
+    writeFile("/package/3C01bc.bin", "no image");
+    EXPECT_TRUE(hasInOrder(
+        checkedRun().console,
+        {"Updating 020000000001 using file 3C01bc.binlnxfwvt2: 3C01bc.bin: not a firmware image\n"
+         "Command \"./lnxfwvt2 020000000001 upgrade -noreset -F -bc 3C01bc.bin nv.bak >>/var/log/Marvek_Support/kvlnfwup.log\" returned code: 5\n \n"
+         "\t---> Update failed\n"}));
+}
+
+TEST(Process, ErrorTextOnStandardError) {
+    makePackage("one");
+    fs::remove("/package/BuildVersion.txt");
+    run({}, [] { dup2(open("errors", O_WRONLY | O_CREAT | O_CLOEXEC, 0644), STDERR_FILENO); });
+    EXPECT_EQ(readFile("/package/errors"), "Error in opening file: No such file or directory\n");
+}
+
+#ifdef E2E_PLAIN_BUILD
+TEST(Program, NeedsTheLibraryAndLibcOnly) {
+    FILE* reader = popen("readelf -d /build/zentrix | grep -oE 'NEEDED.*|R(UN)?PATH.*'", "r");
+    ASSERT_NE(reader, nullptr);
+    std::multiset<std::string> found;
+    char line[512];
+    while (fgets(line, sizeof line, reader) != nullptr) {
+        const std::string entry = line;
+        found.insert(entry.substr(entry.find('[')));
+    }
+    EXPECT_EQ(pclose(reader), 0);
+    EXPECT_EQ(found, (std::multiset<std::string>{"[libc.so.6]\n", "[libkvmapi.so.6]\n"}));
+}
+#endif
+
+}  // namespace e2e

@@ -1,0 +1,131 @@
+#include "cases.h"
+
+#include <sys/mount.h>
+
+#include <filesystem>
+
+namespace faults {
+
+namespace fs = std::filesystem;
+using e2e::Json;
+
+static const std::string countersPath = "/state/adapters.counters.json";
+static const std::string utility = e2e::packageDirectory + "/lnxfwvt2";
+static const std::string logParent = "/var/log";
+static const char* const fillerName = "/filler";
+
+const std::vector<Mode> modes = {
+    {"default", {}, true, Json::object()},
+    {"-s", {"-s"}, true, Json::object()},
+    {"-f", {"-f"}, true, Json::object()},
+    {"-s-force", {"-s", "-force"}, true, Json::object()},
+    {"-iscsicfgupdate", {"-iscsicfgupdate"}, true, Json::object()},
+    {"-vtncsi", {"-vtncsi"}, true, Json::object()},
+    // From that adapter on, every other one has its CRC checked.
+    {"adapter-down", {}, true, {{"/adapters/3/ports/0/driver", nullptr}}},
+    {"-v", {"-v"}, false, Json::object()},
+    {"-dir", {"-dir"}, false, Json::object()},
+    {"-crc", {"-crc"}, false, Json::object()},
+    {"-iscsicfgversion", {"-iscsicfgversion"}, false, Json::object()},
+    {"-nomfw", {"-nomfw"}, false, Json::object()},
+    {"-ncsienable", {"-ncsienable"}, false, Json::object()},
+    {"-ncsidisable", {"-ncsidisable"}, false, Json::object()},
+};
+
+// Full but for so many pages, none at the first place.
+static void fillButFor(const std::string& directory, unsigned place) {
+    e2e::fillUp(directory);
+    const std::string filler = directory + fillerName;
+    fs::resize_file(filler, fs::file_size(filler) - uintmax_t{place - 1} * pageSize);
+}
+
+const std::vector<Fault> allFaults = {
+    {"none", Places::once, nullptr},
+    {"exit-1", Places::commands, {{"exit", 1}}},
+    {"exit-95", Places::commands, {{"exit", 95}}},
+    {"exit-70", Places::commands, {{"exit", 70}}},
+    {"killed", Places::commands, {{"signal", "SIGKILL"}}},
+    {"empty", Places::commands, {{"output", "empty"}}},
+    {"half", Places::commands, {{"output", "half"}}},
+    {"garbage", Places::commands, {{"output", "garbage"}}},
+    {"gone", Places::commands, {{"remove", true}}},
+    {"absent", Places::once, nullptr, [](unsigned) { fs::remove(utility); }},
+    {"SIGHUP", Places::commands, {{"groupSignal", "SIGHUP"}}},
+    {"SIGINT", Places::commands, {{"groupSignal", "SIGINT"}}},
+    {"SIGTERM", Places::commands, {{"groupSignal", "SIGTERM"}}},
+    {"call", Places::calls, {{"status", 1}}},
+    {"log-missing", Places::once, nullptr, [](unsigned) { fs::remove_all("/var"); }},
+    {"log-refused", Places::once, nullptr, [](unsigned) { e2e::makeReadOnly(logParent); }},
+    {"log-a-file", Places::once, nullptr,
+     [](unsigned) { e2e::writeFile(e2e::logDirectory, "taken"); }},
+    {"log-read-only", Places::once, nullptr, [](unsigned) { e2e::makeReadOnly(e2e::logDirectory); },
+     true},
+    {"log-full", Places::logPages, nullptr,
+     [](unsigned place) { fillButFor(e2e::logDirectory, place); }, true},
+    {"directory-read-only", Places::once, nullptr,
+     [](unsigned) { e2e::makeReadOnly(e2e::packageDirectory); }},
+    {"directory-full", Places::files, nullptr,
+     [](unsigned place) { fillButFor(e2e::packageDirectory, place); }},
+};
+
+std::string nameOf(const Case& c) {
+    return std::string(c.mode->name) + "/" + c.fault->name + "/" + std::to_string(c.place);
+}
+
+void makeMachine(const Mode& mode) {
+    e2e::makePackage("rack");
+    e2e::editAdapters(mode.edits);
+}
+
+static void setFaults(const Json& list) {
+    e2e::editAdapters({{"/faults", list}});
+}
+
+static unsigned counter(size_t fault, const char* name) {
+    return Json::parse(e2e::readFile(countersPath)).at(fault).at(name).get<unsigned>();
+}
+
+void startCounting() {
+    // Faults are counted even where they are never due.
+    setFaults(Json::parse(R"([{"command": {"nth": 4294967295}}, {"call": {"nth": 4294967295}}])"));
+}
+
+unsigned countOf(Places places) {
+    return counter(places == Places::commands ? 0 : 1, "seen");
+}
+
+void applyFault(const Case& c) {
+    if (c.fault->spoil != nullptr) {
+        c.fault->spoil(c.place);
+    }
+    if (!c.fault->effect.is_null()) {
+        Json fault = c.fault->effect;
+        fault[c.fault->places == Places::calls ? "call" : "command"]["nth"] = c.place;
+        setFaults(Json::array({fault}));
+    }
+}
+
+bool faultHappened(const Case& c) {
+    return c.fault->effect.is_null() || counter(0, "used") == 1;
+}
+
+void liftFaults() {
+    for (const std::string& place : {e2e::logDirectory, logParent}) {
+        while (umount2(place.c_str(), MNT_DETACH) == 0) {
+        }
+    }
+    mount("e2e", e2e::packageDirectory.c_str(), "tmpfs", MS_REMOUNT | MS_NOSUID | MS_NODEV,
+          nullptr);
+    fs::remove(e2e::packageDirectory + fillerName);
+    if (fs::is_regular_file(e2e::logDirectory)) {
+        fs::remove(e2e::logDirectory);
+    }
+    if (!fs::is_symlink(utility)) {
+        fs::create_symlink("/build/lnxfwvt2", utility);
+    }
+    Json adapters = e2e::readAdapters();
+    adapters.erase("faults");
+    e2e::writeAdapters(adapters);
+}
+
+}  // namespace faults

@@ -1,0 +1,58 @@
+// The cases: in which mode of the program which fault happens where.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "harness.h"
+
+namespace faults {
+
+struct Mode {
+    const char* name;
+    e2e::Texts arguments;
+    bool updates;     // an update pass belongs to it
+    e2e::Json edits;  // of the adapters before the run, as editAdapters takes them
+};
+
+// The room that a file takes at least.
+constexpr unsigned pageSize = 4096;
+
+// What the places of a fault are numbered by, from 1 on.
+enum class Places { once, commands, calls, logPages, files };
+
+struct Fault {
+    const char* name;
+    Places places;
+    e2e::Json effect;                   // at the place, as adapters.json has it; or null
+    void (*spoil)(unsigned) = nullptr;  // changes the surroundings; or null
+    bool losesLog = false;
+};
+
+extern const std::vector<Mode> modes;
+extern const std::vector<Fault> allFaults;
+
+struct Case {
+    const Mode* mode;
+    const Fault* fault;
+    unsigned place;
+};
+
+// "mode/fault/place", which names the case on a command line.
+std::string nameOf(const Case& c);
+
+// A fresh package and machine for the mode, nothing wrong with it yet.
+void makeMachine(const Mode& mode);
+
+// Has the next run count its commands and library calls, for countOf().
+void startCounting();
+unsigned countOf(Places places);
+
+// Brings the case's fault about, and tells after the run whether it happened.
+void applyFault(const Case& c);
+bool faultHappened(const Case& c);
+
+// Makes all well again, but leaves what a run did to adapters and files.
+void liftFaults();
+
+}  // namespace faults

@@ -1,0 +1,136 @@
+// Runs the program once for every case, and checks what must hold whatever
+// happens. One line a case: its name, the broken rules or "-", and "unfinished"
+// where an update that ended well left something undone, or "-".
+//
+//   fault_runs [--sample yes] [--mode M] [--fault F] [--only CASE] [--shard I --shards N]
+//
+// Works only inside script/sandbox. script/faults calls it and counts.
+#include <cstdio>
+#include <stdexcept>
+
+#include "rules.h"
+
+namespace faults {
+
+using Options = std::map<std::string, std::string>;
+
+struct Reference {
+    Run run;
+    unsigned commands;
+    unsigned calls;
+};
+
+static Options parse(int argc, char** argv) {
+    Options options = {{"--sample", ""}, {"--mode", ""},   {"--fault", ""},
+                       {"--only", ""},   {"--shard", "0"}, {"--shards", "1"}};
+    for (int i = 1; i + 1 < argc; i += 2) {
+        options.at(argv[i]) = argv[i + 1];
+    }
+    return options;
+}
+
+static bool isWanted(const std::string& wanted, const std::string& name) {
+    return wanted.empty() || wanted == name;
+}
+
+static Reference undisturbed(const Mode& mode) {
+    makeMachine(mode);
+    startCounting();
+    Run run = perform(mode);
+    return {std::move(run), countOf(Places::commands), countOf(Places::calls)};
+}
+
+// Where room is short, the last place is one that has enough.
+static unsigned placesOf(const Fault& fault, const Reference& reference) {
+    switch (fault.places) {
+        case Places::commands:
+            return reference.commands;
+        case Places::calls:
+            return reference.calls;
+        case Places::logPages:
+            return static_cast<unsigned>(reference.run.result.log.size() / pageSize) + 2;
+        case Places::files:
+            return 15;
+        default:
+            return 1;
+    }
+}
+
+// Every fault in every fourth mode, at places that are spread.
+static bool isSampled(size_t mode, size_t fault, unsigned place, unsigned places) {
+    return (mode + fault) % 4 == 0 && place == 1 + (fault * 31 + mode * 17) % places;
+}
+
+static void showDetails(const Trial& trial) {
+    const e2e::Result& first = trial.first.result;
+    fprintf(stderr, "==== First run, exit status %d. Console:\n%s==== Its log:\n%s==== Files left:",
+            first.status, first.console.c_str(), first.log.c_str());
+    for (const std::string& file : first.files) {
+        fprintf(stderr, " %s", file.c_str());
+    }
+    fprintf(stderr, "\n==== Second run, exit status %d. What its adapters lack:\n%s\n",
+            trial.second.result.status,
+            nlohmann::json::diff(trial.second.adapters, trial.reference.adapters).dump(1).c_str());
+}
+
+static Trial tryOut(const Case& c, const Run& reference) {
+    makeMachine(*c.mode);
+    applyFault(c);
+    Run first = perform(*c.mode);
+    const bool happened = faultHappened(c);
+    liftFaults();
+    return {c, reference, std::move(first), happened, perform(*c.mode)};
+}
+
+// `number` counts on through all modes, so that the shards share the cases.
+static void runMode(const Options& options, size_t mode, unsigned long& number) {
+    const Reference reference = undisturbed(modes[mode]);
+    const unsigned long shard = std::stoul(options.at("--shard"));
+    const unsigned long shards = std::stoul(options.at("--shards"));
+    for (size_t fault = 0; fault < allFaults.size(); fault++) {
+        const unsigned places = placesOf(allFaults[fault], reference);
+        for (unsigned place = 1; place <= places; place++) {
+            const Case c = {&modes[mode], &allFaults[fault], place};
+            if (!isWanted(options.at("--fault"), c.fault->name) ||
+                !isWanted(options.at("--only"), nameOf(c)) ||
+                (!options.at("--sample").empty() && !isSampled(mode, fault, place, places)) ||
+                number++ % shards != shard) {
+                continue;
+            }
+            const Trial trial = tryOut(c, reference.run);
+            if (!options.at("--only").empty()) {
+                showDetails(trial);
+            }
+            printf("%s %s %s\n", nameOf(c).c_str(), brokenRules(trial).c_str(),
+                   isUnfinished(trial) ? "unfinished" : "-");
+            fflush(stdout);
+        }
+    }
+}
+
+static void runModes(const Options& options) {
+    const std::string& only = options.at("--only");
+    unsigned long number = 0;
+    for (size_t mode = 0; mode < modes.size(); mode++) {
+        const std::string name = modes[mode].name;
+        if (isWanted(options.at("--mode"), name) &&
+            isWanted(only.substr(0, only.find('/')), name)) {
+            runMode(options, mode, number);
+        }
+    }
+}
+
+}  // namespace faults
+
+int main(int argc, char** argv) {
+    if (!e2e::isSandboxed()) {
+        return 1;
+    }
+    try {
+        faults::runModes(faults::parse(argc, argv));
+    } catch (const std::exception& error) {
+        fprintf(stderr, "fault_runs: %s\n", error.what());
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,239 @@
+#include "rules.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+
+namespace faults {
+
+namespace fs = std::filesystem;
+
+static std::map<std::string, std::string> packageFiles() {
+    std::map<std::string, std::string> files;
+    for (const fs::directory_entry& entry : fs::directory_iterator(e2e::packageDirectory)) {
+        struct stat status = {};
+        const timespec& changed = status.st_mtim;
+        lstat(entry.path().c_str(), &status);
+        files[entry.path().filename()] = entry.is_symlink()
+                                             ? fs::read_symlink(entry).string()
+                                             : std::to_string(status.st_size) + " bytes since " +
+                                                   std::to_string(changed.tv_sec) + "." +
+                                                   std::to_string(changed.tv_nsec);
+    }
+    return files;
+}
+
+Run perform(const Mode& mode) {
+    Run run;
+    run.before = packageFiles();
+    run.result = e2e::run(mode.arguments, [] {
+        for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGCHLD}) {
+            signal(number, SIG_DFL);
+        }
+    });
+    run.after = packageFiles();
+    // Without the order of keys, which depends on what was written first.
+    run.adapters = nlohmann::json::parse(e2e::readAdapters().at("adapters").dump());
+    return run;
+}
+
+static bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+static bool faultHappened(const Trial& trial) {
+    return trial.happened;
+}
+
+static bool runEnds(const Trial& trial) {
+    return trial.first.result.status != e2e::neverEnded &&
+           trial.second.result.status != e2e::neverEnded;
+}
+
+static bool statusIsKnown(const Trial& trial) {
+    const int status = trial.first.result.status;
+    return status == 0 || status == 1 || status == 171 || status == 172;
+}
+
+struct LoggedFailure {
+    const char* text;
+    int status;
+};
+
+static const std::vector<LoggedFailure> failuresBeforePass = {
+    {"***** REBOOT REQUIRED *****", 1},
+    {"Error! Cannot create temporary file \"q\".\n", 1},
+    {"Error! Unable to locate Kelvane Veltrasia II tool", 171},
+    {"Error! Unable to build Veltrasia II device list.\n", 171},
+    {"Error! Cannot create temporary file for Veltrasia II devices.\n", 171},
+    {"Warning. No Kelvane Veltrasia II adapters found.\n", 171},
+    {"Error! Failed to retrieve device driver information.", 1},
+};
+
+static const std::vector<LoggedFailure> failuresInPass = {
+    {"!!! Error performing VPDV0 check on device ", 1},
+    {", adapter is down !!!\n", 172},
+    {" because the installed firmware is corrupted.", 1},
+    {" firmware on device ", 1},
+};
+
+static int lastFailure(const std::string& log, const std::vector<LoggedFailure>& failures) {
+    int status = 0;
+    size_t last = 0;
+    for (const LoggedFailure& failure : failures) {
+        const size_t at = log.rfind(failure.text);
+        if (at != std::string::npos && at >= last) {
+            last = at;
+            status = failure.status;
+        }
+    }
+    return status;
+}
+
+static size_t passIn(const std::string& log) {
+    return log.find("\nUpdating Kelvane Veltrasia II adapters.\n");
+}
+
+// What failed in the discovery after the pass does not count.
+static int statusByLog(const std::string& log) {
+    const size_t pass = passIn(log);
+    return pass == std::string::npos ? lastFailure(log, failuresBeforePass)
+                                     : lastFailure(log.substr(pass), failuresInPass);
+}
+
+static bool statusAgreesWithLog(const Trial& trial) {
+    return trial.place.fault->losesLog ||
+           trial.first.result.status == statusByLog(trial.first.result.log);
+}
+
+static bool lastWordsAgreeWithStatus(const Trial& trial) {
+    const e2e::Result& result = trial.first.result;
+    const bool failed =
+        result.status == 171 || (passIn(result.log) != std::string::npos && result.status != 0);
+    const bool done = trial.place.mode->updates && result.status == 0;
+    return trial.place.fault->losesLog ||
+           (contains(result.log, "\n\nOne or more errors occurred during ") == failed &&
+            contains(result.log, "\n\nUpdate complete. ") == done);
+}
+
+// A failed read of the stamp leaves what was read.
+static bool mayStay(const std::string& file, const std::string& log) {
+    const size_t mac = file.find("_VPD_V0_Data1.log");
+    return mac != std::string::npos &&
+           contains(log, "Error performing VPDV0 check on device " + file.substr(0, mac) + " ");
+}
+
+static bool noFilesLeft(const Trial& trial) {
+    const e2e::Result& first = trial.first.result;
+    for (const std::string& file : first.files) {
+        if (!mayStay(file, first.log)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+static bool everyCommandHasItsOutcome(const e2e::Result& result) {
+    static const std::string announcement = "\nAbout to execute: \"";
+    size_t at = 0;
+    for (const std::string& command : result.commands) {
+        at = result.log.find(announcement + command, at);
+        const size_t next = result.log.find(announcement, at + 1);
+        const size_t run = result.log.find("Command \"" + command + "\" returned code: ", at);
+        const size_t skipped = result.log.find("\nSkipping command: \"" + command + "\"\n", at);
+        const size_t outcome = std::min(run, skipped);
+        if (outcome == std::string::npos || outcome > next) {
+            return false;
+        }
+        at++;
+    }
+    return true;
+}
+
+static bool logIsWhole(const Trial& trial) {
+    return (trial.place.fault->losesLog || everyCommandHasItsOutcome(trial.first.result)) &&
+           everyCommandHasItsOutcome(trial.second.result);
+}
+
+// New files are another rule's business; a utility that went is no surprise.
+static bool knownFilesAreUntouched(const Run& run) {
+    for (const auto& [name, content] : run.before) {
+        const auto now = run.after.find(name);
+        if (name != "lnxfwvt2" && (now == run.after.end() || now->second != content)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+static bool packageIsUntouched(const Trial& trial) {
+    return knownFilesAreUntouched(trial.first);
+}
+
+static bool secondRunFinishes(const Trial& trial) {
+    return trial.second.result.status == trial.reference.result.status &&
+           trial.second.adapters == trial.reference.adapters;
+}
+
+// What the first run may leave is removed only when its port has its turn again;
+// once its adapter is updated through another port, it stays.
+static bool secondRunCleansUp(const Trial& trial) {
+    for (const auto& [name, content] : trial.second.after) {
+        if (name.compare(0, 8, "kvlnfwup") != 0 && trial.reference.before.count(name) == 0 &&
+            !mayStay(name, trial.first.result.log)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Without a log nobody could tell afterwards, so the exit status has to.
+static bool lostLogIsNoSuccess(const Trial& trial) {
+    return !trial.place.fault->losesLog || !isUnfinished(trial);
+}
+
+static bool signalChangesNothing(const Trial& trial) {
+    const Run& first = trial.first;
+    const Run& reference = trial.reference;
+    return std::string(trial.place.fault->name).compare(0, 3, "SIG") != 0 ||
+           (first.result.log == reference.result.log &&
+            first.result.console == reference.result.console &&
+            first.adapters == reference.adapters);
+}
+
+static const struct {
+    const char* name;
+    bool (*holds)(const Trial&);
+} rules[] = {
+    {"fault-happened", faultHappened},
+    {"run-ends", runEnds},
+    {"status-known", statusIsKnown},
+    {"status-by-log", statusAgreesWithLog},
+    {"last-words", lastWordsAgreeWithStatus},
+    {"files-left", noFilesLeft},
+    {"log-whole", logIsWhole},
+    {"package-untouched", packageIsUntouched},
+    {"second-run-finishes", secondRunFinishes},
+    {"second-run-cleans-up", secondRunCleansUp},
+    {"lost-log-is-no-success", lostLogIsNoSuccess},
+    {"signal-changes-nothing", signalChangesNothing},
+};
+
+std::string brokenRules(const Trial& trial) {
+    std::string broken;
+    for (const auto& rule : rules) {
+        if (!rule.holds(trial)) {
+            broken += (broken.empty() ? "" : ",") + std::string(rule.name);
+        }
+    }
+    return broken.empty() ? "-" : broken;
+}
+
+bool isUnfinished(const Trial& trial) {
+    return trial.place.mode->updates && trial.first.result.status == 0 &&
+           trial.first.adapters != trial.reference.adapters;
+}
+
+}  // namespace faults

@@ -1,0 +1,246 @@
+#include "harness.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+namespace e2e {
+
+namespace fs = std::filesystem;
+
+// Long enough for the slowest build on a busy machine.
+static const std::chrono::seconds runLimit(120);
+static const std::string statePath = "/state/adapters.json";
+
+static void demand(bool done, const std::string& what) {
+    if (!done) {
+        throw std::runtime_error(what + ": " + strerror(errno));
+    }
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+void writeFile(const std::string& path, const std::string& text) {
+    std::ofstream file(path, std::ios::binary);
+    file << text << std::flush;
+    demand(static_cast<bool>(file), path);
+}
+
+bool isSandboxed() {
+    std::ifstream mounts("/proc/self/mountinfo");
+    for (std::string line; std::getline(mounts, line);) {
+        if (line.find(" / / ") != std::string::npos &&
+            line.find(" - tmpfs sandbox ") != std::string::npos) {
+            return true;
+        }
+    }
+    fputs("Nothing was run: this belongs inside script/sandbox (see tests/e2e/CMakeLists.txt).\n",
+          stderr);
+    return false;
+}
+
+// Ends with what `program` ends with; 126 when it can't be started.
+static pid_t start(const std::string& program, const Texts& arguments, int output,
+                   const std::function<void()>& prepare) {
+    std::vector<char*> argv = {const_cast<char*>(program.c_str())};
+    for (const std::string& argument : arguments) {
+        argv.push_back(const_cast<char*>(argument.c_str()));
+    }
+    argv.push_back(nullptr);
+    const pid_t child = fork();
+    demand(child >= 0, "fork");
+    if (child != 0) {
+        return child;
+    }
+    setpgid(0, 0);
+    dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
+    dup2(output, STDOUT_FILENO);
+    dup2(output, STDERR_FILENO);
+    setenv("LD_LIBRARY_PATH", "/build", 1);
+    if (chdir(packageDirectory.c_str()) == 0) {
+        if (prepare) {
+            prepare();
+        }
+        execv(program.c_str(), argv.data());
+    }
+    _exit(126);
+}
+
+// What comes from `input` until nobody can write there any more. False when
+// that takes too long.
+static bool readAll(int input, std::string& text) {
+    const auto end = std::chrono::steady_clock::now() + runLimit;
+    char piece[65536];
+    for (;;) {
+        pollfd ready = {input, POLLIN, 0};
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            end - std::chrono::steady_clock::now());
+        if (left.count() <= 0 || poll(&ready, 1, static_cast<int>(left.count())) <= 0) {
+            return false;
+        }
+        const ssize_t length = read(input, piece, sizeof piece);
+        if (length <= 0) {
+            return length == 0;
+        }
+        text.append(piece, static_cast<size_t>(length));
+    }
+}
+
+static int runProgram(const std::string& program, const Texts& arguments, std::string& console,
+                      const std::function<void()>& prepare) {
+    int ends[2];
+    demand(pipe2(ends, O_CLOEXEC) == 0, "pipe");
+    const pid_t child = start(program, arguments, ends[1], prepare);
+    close(ends[1]);
+    const bool ended = readAll(ends[0], console);
+    close(ends[0]);
+    if (!ended) {
+        kill(-child, SIGKILL);
+    }
+    int status = 0;
+    demand(waitpid(child, &status, 0) == child, "waitpid");
+    if (!ended) {
+        return neverEnded;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+static void mountFresh(const std::string& directory) {
+    fs::create_directories(directory);
+    demand(mount("e2e", directory.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "size=8m") == 0,
+           "mount " + directory);
+}
+
+static void emptyMachine() {
+    for (const std::string& directory : {packageDirectory, logDirectory}) {
+        while (umount2(directory.c_str(), MNT_DETACH) == 0) {
+        }
+    }
+    for (const char* directory : {"/package", "/state", "/var"}) {
+        fs::remove_all(directory);
+    }
+    for (const fs::directory_entry& entry : fs::directory_iterator("/tmp")) {
+        fs::remove_all(entry);
+    }
+    fs::create_directories("/state");
+    fs::create_directories("/var/log");
+}
+
+void makePackage(const std::string& fleet) {
+    emptyMachine();
+    mountFresh(packageDirectory);
+    const std::string source = "/fleets/" + fleet;
+    fs::copy_file(source + "/adapters.json", statePath);
+    fs::create_symlink(statePath, packageDirectory + "/adapters.json");
+    fs::copy_file(source + "/BuildVersion.txt", packageDirectory + "/BuildVersion.txt");
+    for (const char* program : {"zentrix", "lnxfwvt2"}) {
+        fs::create_symlink(std::string("/build/") + program, packageDirectory + "/" + program);
+    }
+    std::string words;
+    if (runProgram("/build/mkimage", {"--list", source + "/images.list"}, words, {}) != 0) {
+        throw std::runtime_error("no images: " + words);
+    }
+}
+
+Json readAdapters() {
+    return Json::parse(readFile(statePath));
+}
+
+void writeAdapters(const Json& adapters) {
+    writeFile(statePath, adapters.dump(2) + "\n");
+}
+
+void editAdapters(const Json& edits) {
+    Json adapters = readAdapters();
+    for (const auto& [pointer, value] : edits.items()) {
+        adapters[Json::json_pointer(pointer)] = value;
+    }
+    writeAdapters(adapters);
+}
+
+void makeReadOnly(const std::string& directory) {
+    if (directory != packageDirectory) {
+        mountFresh(directory);
+    }
+    const unsigned long flags = MS_REMOUNT | MS_RDONLY | MS_NOSUID | MS_NODEV;
+    demand(mount("e2e", directory.c_str(), "tmpfs", flags, nullptr) == 0, "remount " + directory);
+}
+
+void fillUp(const std::string& directory) {
+    if (directory != packageDirectory) {
+        mountFresh(directory);
+    }
+    const int filler = open((directory + "/filler").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    demand(filler >= 0, "filler");
+    const std::string piece(4096, 'x');
+    while (write(filler, piece.data(), piece.size()) > 0) {
+    }
+    close(filler);
+}
+
+static std::set<std::string> namesIn(const std::string& directory) {
+    std::set<std::string> names;
+    std::error_code missing;
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory, missing)) {
+        names.insert(entry.path().filename());
+    }
+    return names;
+}
+
+static bool isLogName(const std::string& name) {
+    return name.compare(0, 8, "kvlnfwup") == 0;
+}
+
+static Texts readCommands(const std::string& log) {
+    static const std::string before = "\nAbout to execute: \"";
+    Texts commands;
+    size_t at = 0;
+    while ((at = log.find(before, at)) != std::string::npos) {
+        at += before.size();
+        commands.push_back(log.substr(at, log.find("\"\n", at) - at));
+    }
+    return commands;
+}
+
+Result run(const Texts& arguments, const std::function<void()>& prepare) {
+    const std::set<std::string> oldFiles = namesIn(packageDirectory);
+    const std::set<std::string> oldLogs = namesIn(logDirectory);
+    Result result;
+    result.status = runProgram("./zentrix", arguments, result.console, prepare);
+    for (const std::string& name : namesIn(packageDirectory)) {
+        if (oldFiles.count(name) == 0 && isLogName(name)) {
+            result.logPath = name;
+        } else if (oldFiles.count(name) == 0) {
+            result.files.push_back(name);
+        }
+    }
+    for (const std::string& name : namesIn(logDirectory)) {
+        if (oldLogs.count(name) == 0 && isLogName(name)) {
+            result.logPath = logDirectory + "/" + name;
+        }
+    }
+    if (!result.logPath.empty()) {
+        result.log = readFile(fs::path(packageDirectory) / result.logPath);
+        result.commands = readCommands(result.log);
+    }
+    return result;
+}
+
+}  // namespace e2e

@@ -1,0 +1,155 @@
+#!/usr/bin/env bash
+# What script/package refuses, that it leaves nothing behind then, and that what it makes is whole,
+# always the same, and runs by its README alone.
+#
+#   tests/package/package_test.sh BUILD_DIR
+set -eu
+
+tree=$(cd "$(dirname "$0")/../.." && pwd)
+build=$(cd "$1" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+failures=0
+export SOURCE_DATE_EPOCH=1700000000
+version=7.12b.4.3a
+any_width=yes
+
+complain() {
+    echo "FAILED: $*" >&2
+    failures=$((failures + 1))
+}
+
+# package ARGUMENT...: a later argument takes the place of an earlier one.
+package() {
+    "$tree/script/package" ${any_width:+--any-width} --build "$build" --flash-tool tool \
+        --images images --build-version $version --out out/p "$@" >said 2>&1
+}
+
+# refused MESSAGE ARGUMENT...
+refused() {
+    local message=$1 before
+    before=$(ls -A out)
+    shift
+    if package "$@"; then
+        complain "taken: $*"
+    elif ! grep -qF -- "$message" said; then
+        complain "no \"$message\" for: $*, but: $(cat said)"
+    elif [ "$(ls -A out)" != "$before" ]; then
+        complain "left behind for $*: $(ls -A out)"
+    fi
+    rm -rf out/p out/p.tar.gz
+}
+
+# directory NAME FILE...: images that differ from each other.
+directory() {
+    local name=$1 file
+    shift
+    mkdir "$name"
+    for file in "$@"; do
+        echo "firmware $file" >"$name/$file"
+    done
+}
+
+# program NAME BYTES: a build whose zentrix begins with BYTES, in the notation of printf.
+program() {
+    mkdir "$1"
+    cp "$build/package_check" "$1"
+    # shellcheck disable=SC2059 # that is the point
+    printf "$2" >"$1/zentrix"
+}
+
+# ---- Refusals.
+
+mkdir out
+directory images 3C01bc.bin 3C02mbaf.bin 3C06ncsi.bin
+printf '#!/bin/sh\n' >tool
+chmod +x tool
+
+digits=$(printf '4%.0s' {1..40})
+for wrong in '' 7.12.4.3a 7.12b.4.3 7.12b.4.3a.1; do
+    refused "\"$wrong\" is no version" --build-version "$wrong"
+done
+for wrong in "$version;id" "$version " $'7.12b.4.3a\n' "7.12b.\$(id).3a" '7.12b.4_1.3a'; do
+    refused "letters, digits and dots only: $wrong" --build-version "$wrong"
+done
+refused "48 characters at most" --build-version "7.12b.${digits}.3a"
+
+printf '#!/bin/sh\n' >not-executable
+echo text >no-program && chmod +x no-program
+refused "no such file: nowhere" --flash-tool nowhere
+refused "no such file: images" --flash-tool images
+refused "lacks the permission: not-executable" --flash-tool not-executable
+refused "neither a program nor a script: no-program" --flash-tool no-program
+
+count=0
+for wrong in 3C07bc.bin 3c01bc.bin 3C01BC.bin 3C01efi.bin 3C01.bin 3C01bc 3C01bc.bin.orig README .hidden; do
+    count=$((count + 1))
+    directory wrong$count 3C01bc.bin "$wrong"
+    refused "\"$wrong\" isn't named by" --images wrong$count
+done
+mkdir none directory && mkdir directory/3C01bc.bin
+directory empty && : >empty/3C01bc.bin
+refused "no images in none" --images none
+refused "no such directory of images: tool" --images tool
+refused "an empty image: empty/3C01bc.bin" --images empty
+refused "not a file: directory/3C01bc.bin" --images directory
+
+program wide '\177ELF\2\1\1\0\0\0\0\0\0\0\0\0\3\0\3\0'
+program other '\177ELF\1\1\1\0\0\0\0\0\0\0\0\0\3\0\50\0'
+program fitting '\177ELF\1\1\1\0\0\0\0\0\0\0\0\0\3\0\3\0'
+for wrong in wide other; do
+    any_width='' refused "not a 32-bit x86 program: $wrong/zentrix" --build $wrong
+done
+any_width='' package --build fitting --out fitting/p || complain "fitting: $(cat said)"
+refused "no none/zentrix: script/release makes it" --build none
+
+virtual=(--flash-tool '' --images '' --build-version '' --virtual)
+refused "no fleet is called \"nowhere\"" "${virtual[@]}" nowhere
+refused "--virtual brings its own" --virtual
+SOURCE_DATE_EPOCH=soon refused "SOURCE_DATE_EPOCH is no number of seconds: soon"
+refused "no such directory: $work/nowhere" --out nowhere/p
+mkdir out/p
+refused "already there: $work/out/p"
+: >out/p.tar.gz
+refused "already there: $work/out/p.tar.gz"
+
+# ---- Packages.
+
+listed="3C01bc.bin 3C02mbaf.bin 3C06ncsi.bin BuildVersion.txt README SHA256SUMS lnxfwvt2 zentrix zentrix.8"
+longest=7.12b.${digits:1}.3a
+package --build-version "$longest" || complain "${#longest} characters: $(cat said)"
+[ "$(cat out/p/BuildVersion.txt)" = "$longest" ] || complain "another BuildVersion.txt"
+[ "$(cd out/p && echo *)" = "$listed" ] || complain "in the package: $(ls out/p)"
+(cd out/p && sha256sum --quiet -c SHA256SUMS) || complain "wrong sums"
+[ "$(wc -l <out/p/SHA256SUMS)" = 8 ] || complain "not every sum"
+
+modes=$(cd out/p && stat -c '%a %n' zentrix lnxfwvt2 README 3C01bc.bin . | tr '\n' ' ')
+[ "$modes" = "755 zentrix 755 lnxfwvt2 644 README 644 3C01bc.bin 755 . " ] || complain "modes: $modes"
+[ "$(stat -c %Y out/p out/p/* | sort -u)" = $SOURCE_DATE_EPOCH ] || complain "another date"
+tar tzf out/p.tar.gz | LC_ALL=C sort -c || complain "not in order"
+
+# The same content, of another time and with other permissions.
+mkdir again
+cp -r images again/images
+find again -type f -exec chmod 600 {} + -exec touch -d 2001-01-01 {} +
+(umask 077 && package --build-version "$longest" --images again/images --out again/p) ||
+    complain "again: $(cat said)"
+cmp out/p.tar.gz again/p.tar.gz || complain "not the same twice"
+diff <(ls -ln --time-style=+%s out/p) <(ls -ln --time-style=+%s again/p) || complain "other files twice"
+tar xzf again/p.tar.gz -C again --one-top-level=unpacked
+diff -r out/p again/unpacked/p || complain "the archive isn't the directory"
+
+# A rehearsal package does what its README says, by the commands that it names.
+package "${virtual[@]}" one --out out/rehearsal || complain "virtual: $(cat said)"
+! grep -q adapters.json out/rehearsal/SHA256SUMS || complain "the adapters have a sum"
+"$tree/script/sandbox" --ro "$work/out/rehearsal.tar.gz:/rehearsal.tar.gz" -- sh -euc '
+    mkdir /root/empty
+    cd /root/empty
+    tar xzf /rehearsal.tar.gz
+    cd rehearsal
+    sed -n "s/^    # //p" README >/tmp/commands
+    sh -eu /tmp/commands' >rehearsed 2>&1 || complain "rehearsal: exit status $?: $(cat rehearsed)"
+[ "$(grep -c '^02000000000[12] .*7\.12\.20' rehearsed)" = 2 ] || complain "nothing flashed: $(cat rehearsed)"
+
+[ $failures = 0 ]

@@ -1,0 +1,45 @@
+#include "inventory/check_list.h"
+
+#include "sandbox.h"
+
+namespace fwup {
+
+using CheckList = Sandbox;
+
+static void registerBus(int bus) {
+    const Ports ports({makePort("", 1, bus)});
+    EXPECT_EQ(RefineTheList(&ports.list), 1);
+}
+
+// How a bus answers before it is marked, to two attempts to mark it, and after.
+static std::string mark(int bus) {
+    std::string answers = IsUpdatedBefore(bus) ? "updated" : "new";
+    answers += UpdateCheckList(bus) ? ", marked" : "";
+    answers += UpdateCheckList(bus) ? ", marked again" : "";
+    return answers + (IsUpdatedBefore(bus) ? ", updated" : ", new");
+}
+
+TEST_F(CheckList, MarksEachAdapterOnceAndNeverAnUnknownBus) {
+    for (const int bus : {3, 3, -1, 0}) {
+        registerBus(bus);
+    }
+    EXPECT_EQ(checkList[1].bus, 0);
+    EXPECT_EQ(checkList[2].bus, -1);
+    EXPECT_EQ(mark(3), "new, marked, updated");
+    EXPECT_EQ(mark(0), "new, marked, updated");
+    EXPECT_EQ(mark(-1), "new, new");
+    EXPECT_EQ(mark(4), "new, new");
+    registerBus(3);
+    EXPECT_EQ(mark(3), "updated, updated");
+}
+
+TEST_F(CheckList, FullTableLeavesFurtherBusesUnregistered) {
+    for (int bus = 0; bus <= 256; bus++) {
+        registerBus(bus);
+    }
+    EXPECT_EQ(mark(255), "new, marked, updated");
+    EXPECT_EQ(mark(256), "new, new");
+    EXPECT_EQ(mark(-1), "new, new");
+}
+
+}  // namespace fwup

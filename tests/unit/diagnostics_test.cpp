@@ -1,0 +1,56 @@
+#include "maintenance/diagnostics.h"
+
+#include "sandbox.h"
+
+namespace fwup {
+
+using Diagnostics = Sandbox;
+
+TEST_F(Diagnostics, CrcCheckTakesOnlyStatusZeroAndADriver) {
+    Ports ports({makePort("", 1), makePort("", 2), makePort("", 3), makePort("", 4)});
+    setVersion(ports.devices[3].driverVer, "na");
+    shellRules = {{"M2", 95 * 256}, {"M3", 9}};
+    const std::string console = consoleOf([&] { perform_crc_check(&ports.list, "T"); });
+    EXPECT_EQ(commands, "T M1 crc <y >>L|T M2 crc <y >>L|T M3 crc <y >>L|");
+    EXPECT_TRUE(isLogged("*** Successfully completed CRC check on device M1 ***\n\n"));
+    EXPECT_TRUE(isLogged(" !!! Error performing CRC check on device M2 !!!\n\n"));
+    EXPECT_TRUE(isLogged(" !!! Error performing CRC check on device M3 !!!\n\n"));
+    EXPECT_TRUE(
+        isLogged("\n\n!!! Error performing CRC check on device M4, adapter is down !!!\n\n"));
+    EXPECT_NE(console.find("\nPerforming CRC check for device M4\t---> failed (adapter is down)\n"),
+              std::string::npos);
+}
+
+TEST_F(Diagnostics, DirectoryIsCopiedUnchanged) {
+    const Ports ports({makePort()});
+    for (const std::string& listing :
+         {std::string(), std::string(300, 'x') + "\n100%s\n", std::string(254, 'x') + "\nend"}) {
+        restart();
+        writeFile("M1", listing);
+        const std::string copy = "\n\nDirectory information for M1\n" + listing;
+        EXPECT_EQ(consoleOf([&] { perform_dir_command(&ports.list); }), copy);
+        EXPECT_EQ(consoleOf([] { write_device_info_file_to_log("M1", false); }), "");
+        EXPECT_EQ(readFile("L"), copy + copy);
+    }
+    EXPECT_EQ(consoleOf([] { write_device_info_file_to_log("M2", false); }),
+              "Error 9: Cannot access M2 information file.\n");
+}
+
+TEST_F(Diagnostics, IscsiConfigurationVersions) {
+    const std::string first = "ISB_CFG  version for M1 is ";
+    const std::string second = "ISB_CFG2 version for M1 is ";
+    const std::string filling(240, '1');
+    const std::string rows[][2] = {
+        {" ISB_CFG2 v2\n ISB_CFG v1\n", first + "1\n" + second + "2\n"},
+        {" ISB_CFG v1\n isb_cfg v3\n ISB_CFG2 v4\n isb_cfg2 v5\n", first + "3\n" + second + "5\n"},
+        {" isb_cfg2 v" + filling + "\n", second + filling + "\n"},
+        {" ISB_CFG \nISB_CFG2\n Isb_Cfg2 v1\n", first + "NA\n"},
+    };
+    const Ports ports({makePort()});
+    for (const auto& row : rows) {
+        writeFile("M1", row[0]);
+        EXPECT_EQ(consoleOf([&] { display_iscsicfg_versions(&ports.list); }), row[1]);
+    }
+}
+
+}  // namespace fwup
