@@ -19,9 +19,10 @@ static const std::string logBase = logDirectory + "/kvlnfwup";
 // Takes the first `count` names of logs.
 static void takeLogNames(const std::string& base, int count) {
     fs::create_directories(fs::path(base).parent_path());
-    for (int i = 0; i < count; i++) {
-        char number[16] = "";
-        snprintf(number, sizeof number, i == 0 ? "" : "%03d", i);
+    writeFile(base + ".log", "taken");
+    for (int i = 1; i < count; i++) {
+        char number[16];
+        snprintf(number, sizeof number, "%03d", i);
         writeFile(base + number + ".log", "taken");
     }
 }
@@ -132,15 +133,25 @@ TEST_F(Undisturbed, BySignals) {
     }
 }
 
-// No text of the console may land in a file that takes a stream's place.
+// No text of the console may land in a file that takes a stream's place, and
+// the utility gets its streams.
 TEST_F(Undisturbed, ByClosedStreams) {
-    const Result result = run({}, [] {
-        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-            close(stream);
-        }
-    });
-    expectTheSame(result);
-    EXPECT_EQ(result.console, "");
+    const std::vector<int> cases[] = {
+        {STDOUT_FILENO}, {STDOUT_FILENO, STDERR_FILENO}, {STDIN_FILENO, STDOUT_FILENO}};
+    for (const std::vector<int>& closed : cases) {
+        makePackage("one");
+        fs::remove("/package/lnxfwvt2");
+        writeFile("/package/lnxfwvt2",
+                  "#!/bin/sh\n: <&0 && : >&1 && : >&2 && exec /build/lnxfwvt2 \"$@\"\n");
+        fs::permissions("/package/lnxfwvt2", fs::perms::owner_all);
+        const Result result = run({}, [&closed] {
+            for (const int stream : closed) {
+                close(stream);
+            }
+        });
+        expectTheSame(result);
+        EXPECT_EQ(result.console, "");
+    }
 }
 
 TEST_F(Undisturbed, ByAConsoleThatNobodyReads) {

@@ -73,18 +73,33 @@ static void showDetails(const Trial& trial) {
             nlohmann::json::diff(trial.second.adapters, trial.reference.adapters).dump(1).c_str());
 }
 
-static Trial tryOut(const Case& c, const Run& reference) {
+// A run from adapters that another first run left just so, and no file with
+// them, has been seen before.
+static Run runAgain(const Mode& mode, const Run& first, std::map<std::string, Run>& seen) {
+    if (!first.result.files.empty() || first.result.logPath.compare(0, 1, "/") != 0) {
+        return perform(mode);
+    }
+    const std::string adapters = first.adapters.dump();
+    if (seen.count(adapters) == 0) {
+        seen[adapters] = perform(mode);
+    }
+    return seen[adapters];
+}
+
+static Trial tryOut(const Case& c, const Run& reference, std::map<std::string, Run>& seen) {
     makeMachine(*c.mode);
     applyFault(c);
     Run first = perform(*c.mode);
     const bool happened = faultHappened(c);
     liftFaults();
-    return {c, reference, std::move(first), happened, perform(*c.mode)};
+    Run second = runAgain(*c.mode, first, seen);
+    return {c, reference, std::move(first), happened, std::move(second)};
 }
 
 // `number` counts on through all modes, so that the shards share the cases.
 static void runMode(const Options& options, size_t mode, unsigned long& number) {
     const Reference reference = undisturbed(modes[mode]);
+    std::map<std::string, Run> seen;
     const unsigned long shard = std::stoul(options.at("--shard"));
     const unsigned long shards = std::stoul(options.at("--shards"));
     for (size_t fault = 0; fault < allFaults.size(); fault++) {
@@ -97,7 +112,7 @@ static void runMode(const Options& options, size_t mode, unsigned long& number) 
                 number++ % shards != shard) {
                 continue;
             }
-            const Trial trial = tryOut(c, reference.run);
+            const Trial trial = tryOut(c, reference.run, seen);
             if (!options.at("--only").empty()) {
                 showDetails(trial);
             }

@@ -83,7 +83,8 @@ refused "lacks the permission: not-executable" --flash-tool not-executable
 refused "neither a program nor a script: no-program" --flash-tool no-program
 
 count=0
-for wrong in 3C07bc.bin 3c01bc.bin 3C01BC.bin 3C01efi.bin 3C01.bin 3C01bc 3C01bc.bin.orig README .hidden; do
+for wrong in 3C07bc.bin 3c01bc.bin 3C01BC.bin 3C01efi.bin 3C01.bin 3C01bc 3C01bc.bin.orig README \
+    .hidden; do
     count=$((count + 1))
     directory wrong$count 3C01bc.bin "$wrong"
     refused "\"$wrong\" isn't named by" --images wrong$count
@@ -116,7 +117,8 @@ refused "already there: $work/out/p.tar.gz"
 
 # ---- Packages.
 
-listed="3C01bc.bin 3C02mbaf.bin 3C06ncsi.bin BuildVersion.txt README SHA256SUMS lnxfwvt2 zentrix zentrix.8"
+listed="3C01bc.bin 3C02mbaf.bin 3C06ncsi.bin BuildVersion.txt README SHA256SUMS lnxfwvt2 zentrix"
+listed+=" zentrix.8"
 longest=7.12b.${digits:1}.3a
 package --build-version "$longest" || complain "${#longest} characters: $(cat said)"
 [ "$(cat out/p/BuildVersion.txt)" = "$longest" ] || complain "another BuildVersion.txt"
@@ -125,7 +127,8 @@ package --build-version "$longest" || complain "${#longest} characters: $(cat sa
 [ "$(wc -l <out/p/SHA256SUMS)" = 8 ] || complain "not every sum"
 
 modes=$(cd out/p && stat -c '%a %n' zentrix lnxfwvt2 README 3C01bc.bin . | tr '\n' ' ')
-[ "$modes" = "755 zentrix 755 lnxfwvt2 644 README 644 3C01bc.bin 755 . " ] || complain "modes: $modes"
+[ "$modes" = "755 zentrix 755 lnxfwvt2 644 README 644 3C01bc.bin 755 . " ] ||
+    complain "modes: $modes"
 [ "$(stat -c %Y out/p out/p/* | sort -u)" = $SOURCE_DATE_EPOCH ] || complain "another date"
 tar tzf out/p.tar.gz | LC_ALL=C sort -c || complain "not in order"
 
@@ -136,7 +139,8 @@ find again -type f -exec chmod 600 {} + -exec touch -d 2001-01-01 {} +
 (umask 077 && package --build-version "$longest" --images again/images --out again/p) ||
     complain "again: $(cat said)"
 cmp out/p.tar.gz again/p.tar.gz || complain "not the same twice"
-diff <(ls -ln --time-style=+%s out/p) <(ls -ln --time-style=+%s again/p) || complain "other files twice"
+diff <(ls -ln --time-style=+%s out/p) <(ls -ln --time-style=+%s again/p) ||
+    complain "other files twice"
 tar xzf again/p.tar.gz -C again --one-top-level=unpacked
 diff -r out/p again/unpacked/p || complain "the archive isn't the directory"
 
@@ -150,6 +154,7 @@ package "${virtual[@]}" one --out out/rehearsal || complain "virtual: $(cat said
     cd rehearsal
     sed -n "s/^    # //p" README >/tmp/commands
     sh -eu /tmp/commands' >rehearsed 2>&1 || complain "rehearsal: exit status $?: $(cat rehearsed)"
-[ "$(grep -c '^02000000000[12] .*7\.12\.20' rehearsed)" = 2 ] || complain "nothing flashed: $(cat rehearsed)"
+[ "$(grep -c '^02000000000[12] .*7\.12\.20' rehearsed)" = 2 ] ||
+    complain "nothing flashed: $(cat rehearsed)"
 
 [ $failures = 0 ]

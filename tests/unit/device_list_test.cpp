@@ -37,17 +37,4 @@ TEST_F(DeviceList, DiscoveryEndsWhenItCannotBeAllocated) {
     EXPECT_EQ(commands, "");
 }
 
-TEST(Device, EligibilityNeedsADriverAndBootCodeOrManagementFirmware) {
-    // Driver, boot code and management firmware, and the answers to both tests.
-    for (const char* row : {"3.1|1.0|1.0|0|0", "na|nA|Na|2|2", "||NA|0|0", "NAB|NA|1.0|0|0"}) {
-        const Texts fields = split(row, '|');
-        Device port = makePort();
-        setVersion(port.driverVer, fields[0].c_str());
-        setVersion(port.bootVer, fields[1].c_str());
-        setVersion(port.mfwVer, fields[2].c_str());
-        EXPECT_EQ(std::to_string(is_valid_driver(&port)), fields[3]) << row;
-        EXPECT_EQ(std::to_string(is_valid_firmware(&port)), fields[4]) << row;
-    }
-}
-
 }  // namespace fwup

@@ -53,7 +53,7 @@ TEST_F(FirmwareInventory, ReadsVersionsAndFlagsFromTheListing) {
          "mgmt legacy bc 2 mfw1 4 ipmi 6 mba 8 "},
         {"MFW\n HOSTPCI30_CLP MBA v1\n", "mgmt clp mba 1 "},
         {"MFW\n HOSTPCI30_CLP x MBA v1\n", "mgmt legacy clp mba 1 "},
-        {"MFW\nFCODE\nL2T v1 \n ump v2\nefi v3\n", "mgmt "},
+        {"MFW\nFCODE\n L2 v4\nL2T v1 \n ump v2\nefi v3\n", "mgmt "},
         {"MFW\n EFI v123456789012345\n", "mgmt efi 12345678901234 "},
         // A long line is read in pieces of 254 characters.
         {"MFW\n" + std::string(254, 'x') + "L2T v1\n", "mgmt l2t 1 "},

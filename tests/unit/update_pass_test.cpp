@@ -101,8 +101,8 @@ TEST_F(UpdatePass, LastFailureIsTheStatusAndFromTheFirstOnEveryPortIsChecked) {
             const char kind = row[0][i];
             const int number = static_cast<int>(i / 2) + 1;
             Device port = makePort("bc ", number, row[0][i + 1] == '-' ? -1 : row[0][i + 1] - '0');
-            setVersion(port.driverVer, kind == 'd' || kind == 'b' ? "NA" : "");
-            setVersion(port.bootVer, kind == 'c' || kind == 'b' ? "NA" : "1.0");
+            setVersion(port.driverVer, kind == 'd' || kind == 'b' ? "na" : "");
+            setVersion(port.bootVer, kind == 'c' || kind == 'b' ? "Na" : "");
             shellRules.push_back({port.mac + std::string(" upgrade"), kind == 'f' ? 256 : 0});
             devices.push_back(port);
         }

@@ -27,7 +27,7 @@ TEST(VersionString, IsReadWhenItFitsTheGrammar) {
         EXPECT_EQ(cmp_versions(&out, &row.fields), 0) << row.text;
     }
     const std::string others =
-        "|.|7.12b.4|7.12b.4.3|7.12.4.3a|7.12bb.4.3a|7.b.4.3a|7.12b.4.3a.1| 7.12b.4.3a|7.12b.4.3a\n"
+        "|.|7.12b.4|7.12b.4.3|7.12.4.3a|7.12bb.4.3a|7.12{.4.3a|7.b.4.3a|7.12b.4.3a.1| 7.12b.4.3a|7.12b.4.3a\n"
         "|-7.12b.4.3a|7.1 b.4.3a|7.12\xe9.4.3a|7.\xb2z.4.3a|7.12b.4.3a\x80|" +
         fillsUp + "x.3a";
     for (const std::string& text : split(others, '|')) {
