@@ -3,19 +3,20 @@
 #pragma once
 
 #include <cstdio>
+#include <cstdlib>
 
 constexpr unsigned portsPerAdapter = 2;
 // The format of a port's MAC, numbered from 0 in listing order.
 #define PORT_MAC "02000000%04X"
 
 inline unsigned countPorts() {
-    unsigned adapters = 0;
+    char number[16] = "";
     FILE* file = fopen("adapters", "r");
     if (file != nullptr) {
-        if (fscanf(file, "%u", &adapters) != 1) {
-            adapters = 0;
+        if (fgets(number, sizeof number, file) == nullptr) {
+            number[0] = '\0';
         }
         fclose(file);
     }
-    return adapters * portsPerAdapter;
+    return static_cast<unsigned>(strtoul(number, nullptr, 10)) * portsPerAdapter;
 }

@@ -54,7 +54,7 @@ uint32_t KVmapiGetPhyNic(uint32_t handle, _KV_ADAPTER_INFO_EX* info) {
     return 0;
 }
 
-uint32_t KVmapiConfigNicPartMAC(uint32_t) {
+uint32_t KVmapiConfigNicPartMAC(uint32_t /*nicHandle*/) {
     return 0;
 }
 

@@ -1,5 +1,6 @@
 // Runs a command and prints, on standard error, its wall-clock seconds and the
 // peak resident kilobytes of it and of all that it ran.
+#include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,14 +20,11 @@ int main(int argc, char** argv) {
         return 2;
     }
     const double start = now();
-    const pid_t child = vfork();
-    if (child == 0) {
-        execv(argv[1], argv + 1);
-        _exit(127);
-    }
+    pid_t child = 0;
+    const int spawned = posix_spawn(&child, argv[1], nullptr, nullptr, argv + 1, environ);
     int status = 0;
     rusage usage = {};
-    if (child < 0 || wait4(child, &status, 0, &usage) != child) {
+    if (spawned != 0 || wait4(child, &status, 0, &usage) != child) {
         perror("measure");
         return 2;
     }

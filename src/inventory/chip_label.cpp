@@ -1,7 +1,7 @@
 #include "inventory/chip_label.h"
 
+#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 namespace fwup {
 
@@ -20,11 +20,11 @@ void convertDIDtoName(const char* did, char* label) {
     const unsigned long deviceId = strtoul(did, nullptr, 16);
     for (const ChipLabel& row : chipLabels) {
         if (row.deviceId == deviceId) {
-            strcpy(label, row.label);
+            snprintf(label, chipLabelSize, "%s", row.label);
             return;
         }
     }
-    strcpy(label, "unknown");
+    snprintf(label, chipLabelSize, "unknown");
 }
 
 }  // namespace fwup

@@ -3,8 +3,11 @@
 
 namespace fwup {
 
+// Room for any label.
+constexpr int chipLabelSize = 8;
+
 // Writes the label of the device ID `did`, a hexadecimal text, into `label`
-// (at least 8 bytes); "unknown" for an ID that has none.
+// (at least chipLabelSize bytes); "unknown" for an ID that has none.
 void convertDIDtoName(const char* did, char* label);
 
 }  // namespace fwup

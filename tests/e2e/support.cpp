@@ -4,56 +4,29 @@
 
 namespace e2e {
 
-// Where the next line that ends a command begins and how long it is, its line
-// end apart; a length of 0 means none.
-struct Outcome {
-    size_t from = std::string::npos;
-    size_t length = 0;
-};
-
-static Outcome nextOutcome(const std::string& text, size_t at, const std::string& before,
-                           const std::string& after) {
-    Outcome outcome;
-    outcome.from = text.find(before, at);
-    if (outcome.from != std::string::npos) {
-        const size_t last = text.find(after, outcome.from + before.size());
-        outcome.length = text.find('\n', last) - outcome.from;
+// The line of a text, from `at` on, that tells how a command ended: with an
+// exit code or skipped. Moves `at` behind it; empty when there is none.
+static std::string takeOutcome(const std::string& text, const std::string& command, size_t& at) {
+    const std::string quoted = '"' + command + '"';
+    const size_t from = std::min(text.find("Command " + quoted + " returned code: ", at),
+                                 text.find("Skipping command: " + quoted, at));
+    if (from == std::string::npos) {
+        return "";
     }
-    return outcome;
-}
-
-static Outcome nextReturn(const std::string& text, size_t at) {
-    return nextOutcome(text, at, "Command \"", "\" returned code: ");
-}
-
-static Outcome nextSkip(const std::string& text, size_t at) {
-    return nextOutcome(text, at, "Skipping command: \"", "\"");
-}
-
-static Texts outcomesIn(const std::string& text) {
-    Texts outcomes;
-    for (size_t at = 0; at < text.size();) {
-        const Outcome back = nextReturn(text, at);
-        const Outcome skip = nextSkip(text, at);
-        const Outcome& next = skip.from < back.from ? skip : back;
-        if (next.length == 0) {
-            break;
-        }
-        outcomes.push_back(text.substr(next.from, next.length));
-        at = next.from + next.length;
-    }
-    return outcomes;
+    at = text.find('\n', from + quoted.size() + sizeof "Command ");
+    return text.substr(from, at - from);
 }
 
 Result checkedRun(const Texts& arguments, const Texts& left) {
     Result result = run(arguments);
     EXPECT_EQ(result.log.substr(0, header.size()), header);
     EXPECT_EQ(result.files, left);
-    const Texts outcomes = outcomesIn(result.log);
-    EXPECT_EQ(outcomesIn(result.console), outcomes);
-    EXPECT_EQ(outcomes.size(), result.commands.size());
-    for (size_t i = 0; i < std::min(outcomes.size(), result.commands.size()); i++) {
-        EXPECT_NE(outcomes[i].find('"' + result.commands[i] + '"'), std::string::npos);
+    size_t inLog = 0;
+    size_t inConsole = 0;
+    for (const std::string& command : result.commands) {
+        const std::string outcome = takeOutcome(result.log, command, inLog);
+        EXPECT_NE(outcome, "") << command;
+        EXPECT_EQ(takeOutcome(result.console, command, inConsole), outcome);
     }
     return result;
 }
@@ -61,8 +34,11 @@ Result checkedRun(const Texts& arguments, const Texts& left) {
 std::string spoken(const Result& result) {
     static const std::string lineEnd = "\n \n";
     std::string text = result.console;
-    for (Outcome next; (next = nextReturn(text, 0)).length != 0;) {
-        text.erase(next.from, next.length + lineEnd.size());
+    for (const std::string& command : result.commands) {
+        const size_t from = text.find("Command \"" + command + "\" returned code: ");
+        if (from != std::string::npos) {
+            text.erase(from, text.find(lineEnd, from) + lineEnd.size() - from);
+        }
     }
     return text;
 }

@@ -76,8 +76,8 @@ TEST(Log, CannotBeWritten) {
         spoil(logDirectory);
         const Result loud = run({});
         EXPECT_EQ(loud.status, 1);
-        EXPECT_EQ(spoken(loud).find(start + "Marvek Ethernet"), 0U);
-        EXPECT_TRUE(hasInOrder(spoken(loud), {"Version 1.0.64\n\n" + lost, "Okay\n" + lost,
+        EXPECT_EQ(loud.console.find(start + "Marvek Ethernet"), 0U);
+        EXPECT_TRUE(hasInOrder(loud.console, {"Version 1.0.64\n\n" + lost, "Okay\n" + lost,
                                               "\t---> failed\n", "3C01bc.bin" + lost}));
         EXPECT_EQ(loud.console.find("Update successful"), std::string::npos);
         EXPECT_EQ(loud.files, Texts{});
@@ -86,7 +86,7 @@ TEST(Log, CannotBeWritten) {
 
         const Result silent = run({"-s"});
         EXPECT_EQ(silent.status, 1);
-        EXPECT_EQ(spoken(silent).find(start + "\n\nBuild Version"), 0U);
+        EXPECT_EQ(silent.console.find(start + "Command"), 0U);
         EXPECT_EQ(silent.console.find(lost), std::string::npos);
     }
 }

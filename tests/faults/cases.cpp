@@ -72,6 +72,8 @@ std::string nameOf(const Case& c) {
     return std::string(c.mode->name) + "/" + c.fault->name + "/" + std::to_string(c.place);
 }
 
+// The rack's images are all newer than what its adapters carry: a stamp that was
+// written before a flash failed doesn't keep a second run from flashing.
 void makeMachine(const Mode& mode) {
     e2e::makePackage("rack");
     e2e::editAdapters(mode.edits);

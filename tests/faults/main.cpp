@@ -80,10 +80,11 @@ static Run runAgain(const Mode& mode, const Run& first, std::map<std::string, Ru
         return perform(mode);
     }
     const std::string adapters = first.adapters.dump();
-    if (seen.count(adapters) == 0) {
-        seen[adapters] = perform(mode);
+    auto known = seen.find(adapters);
+    if (known == seen.end()) {
+        known = seen.emplace(adapters, perform(mode)).first;
     }
-    return seen[adapters];
+    return known->second;
 }
 
 static Trial tryOut(const Case& c, const Run& reference, std::map<std::string, Run>& seen) {

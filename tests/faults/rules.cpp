@@ -1,7 +1,5 @@
 #include "rules.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
@@ -13,14 +11,11 @@ namespace fs = std::filesystem;
 static std::map<std::string, std::string> packageFiles() {
     std::map<std::string, std::string> files;
     for (const fs::directory_entry& entry : fs::directory_iterator(e2e::packageDirectory)) {
-        struct stat status = {};
-        const timespec& changed = status.st_mtim;
-        lstat(entry.path().c_str(), &status);
-        files[entry.path().filename()] = entry.is_symlink()
-                                             ? fs::read_symlink(entry).string()
-                                             : std::to_string(status.st_size) + " bytes since " +
-                                                   std::to_string(changed.tv_sec) + "." +
-                                                   std::to_string(changed.tv_nsec);
+        files[entry.path().filename()] =
+            entry.is_symlink()
+                ? fs::read_symlink(entry).string()
+                : std::to_string(entry.file_size()) + " bytes of " +
+                      std::to_string(entry.last_write_time().time_since_epoch().count());
     }
     return files;
 }

@@ -9,8 +9,9 @@
 
 static void parseEveryPiece(const char* path) {
     FILE* file = fopen(path, "r");
+    require(file != nullptr);
     char line[fwup::inventoryLineSize];
-    while (file != nullptr && fgets(line, sizeof line, file) != nullptr) {
+    while (fgets(line, sizeof line, file) != nullptr) {
         const size_t length = strlen(line);
         require(fwup::parseForVersion(line) && strlen(line) <= length);
     }

@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -15,7 +14,6 @@
 #include <fstream>
 #include <iterator>
 #include <set>
-#include <sstream>
 #include <stdexcept>
 
 namespace e2e {
