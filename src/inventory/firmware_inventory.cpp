@@ -22,9 +22,11 @@ static const VersionMember inventoryVersions[] = {
 // Without a line that has one of these, nothing of the port is read.
 static const char* const managementNeedles[] = {"BC1", "MFW", "MFW1", "mfw1"};
 
+constexpr int needlesPerLookup = 4;
+
 struct Lookup {
     VersionMember version;
-    const char* needles[4];  // in the order they are tried; null where fewer
+    const char* needles[needlesPerLookup];  // in the order they are tried; null where fewer
 };
 
 static const Lookup lookups[] = {
@@ -39,11 +41,19 @@ static const Lookup lookups[] = {
     {&Device::fcodeVer, {"FCODE"}},
     {&Device::l2Ver, {"L2T"}},
 };
+constexpr size_t lookupCount = sizeof lookups / sizeof lookups[0];
 
-bool IsFwTypePresent(const Device* device, const char* needle, char* line) {
+static FILE* openInventory(const Device* device) {
     FILE* inventory = fopen(device->mac, "r");
     if (inventory == nullptr) {
         writeMessage(true, "Error 9: Cannot access %s information file.\n", device->mac);
+    }
+    return inventory;
+}
+
+bool IsFwTypePresent(const Device* device, const char* needle, char* line) {
+    FILE* inventory = openInventory(device);
+    if (inventory == nullptr) {
         return false;
     }
     char piece[inventoryLineSize];
@@ -68,13 +78,38 @@ static bool hasManagementFirmware(const Device* device) {
     return false;
 }
 
-static bool findLine(const Device* device, const Lookup& lookup, char* line) {
-    for (const char* needle : lookup.needles) {
-        if (needle != nullptr && IsFwTypePresent(device, needle, line)) {
-            return true;
+// The line that one lookup has selected so far.
+struct SelectedLine {
+    int needle;  // its place in the lookup; needlesPerLookup when there is no line
+    char text[inventoryLineSize];
+};
+
+// Of two lines, that of the earlier needle counts; of one needle's, the first.
+static void offerPiece(const Lookup& lookup, const char* piece, SelectedLine* selected) {
+    for (int i = 0; i < selected->needle; i++) {
+        if (lookup.needles[i] != nullptr && strstr(piece, lookup.needles[i]) != nullptr) {
+            selected->needle = i;
+            memcpy(selected->text, piece, strlen(piece) + 1);
         }
     }
-    return false;
+}
+
+// Selects the lines of all lookups in one reading: hundreds of ports with a
+// dozen lookups each would open their files ten thousand times.
+static void selectLines(const Device* device, SelectedLine (&selected)[lookupCount]) {
+    for (SelectedLine& line : selected) {
+        line.needle = needlesPerLookup;
+    }
+    FILE* inventory = openInventory(device);
+    char piece[inventoryLineSize];
+    while (inventory != nullptr && fgets(piece, sizeof piece, inventory) != nullptr) {
+        for (size_t i = 0; i < lookupCount; i++) {
+            offerPiece(lookups[i], piece, &selected[i]);
+        }
+    }
+    if (inventory != nullptr) {
+        fclose(inventory);
+    }
 }
 
 static void setMbaFlags(Device* device, const char* line) {
@@ -86,11 +121,7 @@ static void setMbaFlags(Device* device, const char* line) {
     }
 }
 
-static void readVersion(Device* device, const Lookup& lookup) {
-    char line[inventoryLineSize];
-    if (!findLine(device, lookup, line)) {
-        return;
-    }
+static void readVersion(Device* device, const Lookup& lookup, char* line) {
     if (lookup.version == &Device::pxeVer) {
         setMbaFlags(device, line);
     }
@@ -110,8 +141,12 @@ void readInventory(Device* device) {
     if (device->hasMgmtFw == 0) {
         return;
     }
-    for (const Lookup& lookup : lookups) {
-        readVersion(device, lookup);
+    SelectedLine selected[lookupCount];
+    selectLines(device, selected);
+    for (size_t i = 0; i < lookupCount; i++) {
+        if (selected[i].needle < needlesPerLookup) {
+            readVersion(device, lookups[i], selected[i].text);
+        }
     }
 }
 

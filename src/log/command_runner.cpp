@@ -30,7 +30,7 @@ int SYSTEM(const char* command) {
     Report line = {};
     snprintf(line, reportLimit, "\nAbout to execute: \"%s\"\n", command);
     writetoLog(line, false);
-    if (is_file_present(dryRunMarker) && strstr(command, "upgrade") != nullptr) {
+    if (strstr(command, "upgrade") != nullptr && is_file_present(dryRunMarker)) {
         return skipCommand(command);
     }
     // What was printed so far must stand before anything the child prints.

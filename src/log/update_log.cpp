@@ -20,9 +20,10 @@ static bool appendToLog(const char* text) {
     if (log == nullptr) {
         return false;
     }
+    // One text, one write: a buffer would only cost its allocation.
+    setvbuf(log, nullptr, _IONBF, 0);
     const size_t length = strlen(text);
     const bool written = fwrite(text, 1, length, log) == length;
-    // A full disk may show only when the buffer is flushed.
     return fclose(log) == 0 && written;
 }
 
