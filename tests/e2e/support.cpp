@@ -1,21 +1,6 @@
 #include "support.h"
 
-#include <algorithm>
-
 namespace e2e {
-
-// The line of a text, from `at` on, that tells how a command ended: with an
-// exit code or skipped. Moves `at` behind it; empty when there is none.
-static std::string takeOutcome(const std::string& text, const std::string& command, size_t& at) {
-    const std::string quoted = '"' + command + '"';
-    const size_t from = std::min(text.find("Command " + quoted + " returned code: ", at),
-                                 text.find("Skipping command: " + quoted, at));
-    if (from == std::string::npos) {
-        return "";
-    }
-    at = text.find('\n', from + quoted.size() + sizeof "Command ");
-    return text.substr(from, at - from);
-}
 
 Result checkedRun(const Texts& arguments, const Texts& left) {
     Result result = run(arguments);

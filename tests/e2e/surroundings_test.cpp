@@ -1,12 +1,11 @@
 // What the program makes of the machine and the process that it finds: names
-// of logs, lost logs, signals and streams.
+// of logs, lost logs, streams and a signal that is ignored.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
-#include <set>
 
 #include "support.h"
 
@@ -91,13 +90,6 @@ TEST(Log, CannotBeWritten) {
     }
 }
 
-TEST(Log, SilentRunLogsTheSame) {
-    makePackage("rack");
-    const Result loud = checkedRun({"-f"});
-    makePackage("rack");
-    EXPECT_EQ(checkedRun({"-s", "-force"}).log, loud.log);
-}
-
 // Runs that must go like one that nothing happened to.
 class Undisturbed : public testing::Test {
   protected:
@@ -116,22 +108,6 @@ class Undisturbed : public testing::Test {
     Result quiet;
     Json updated;
 };
-
-// At each command the whole process group gets the signal.
-TEST_F(Undisturbed, BySignals) {
-    for (const char* name : {"SIGHUP", "SIGINT", "SIGQUIT", "SIGTERM", "SIGPIPE"}) {
-        SCOPED_TRACE(name);
-        makePackage("one");
-        editAdapters({{"/faults", {{{"command", Json::object()}, {"groupSignal", name}}}}});
-        const Result result = run({}, [] {
-            for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
-                signal(number, SIG_DFL);
-            }
-        });
-        expectTheSame(result);
-        EXPECT_EQ(result.console, quiet.console);
-    }
-}
 
 // No text of the console may land in a file that takes a stream's place, and
 // the utility gets its streams.
@@ -174,38 +150,11 @@ TEST(Process, ChildSignalIgnored) {
     EXPECT_TRUE(hasInOrder(result.log, {"3C01bc.bin nv.bak >>", "\" returned code: 5\n"}));
 }
 
-// On one pipe, what was printed before a command stands before what the
-// command itself says there, and its outcome after.
-TEST(Process, ConsoleInTrueOrder) {
-    makePackage("one");
-    writeFile("/package/3C01bc.bin", "no image");
-    EXPECT_TRUE(hasInOrder(
-        checkedRun().console,
-        {"Updating 020000000001 using file 3C01bc.binlnxfwvt2: 3C01bc.bin: not a firmware image\n"
-         "Command \"./lnxfwvt2 020000000001 upgrade -noreset -F -bc 3C01bc.bin nv.bak >>/var/log/Marvek_Support/kvlnfwup.log\" returned code: 5\n \n"
-         "\t---> Update failed\n"}));
-}
-
 TEST(Process, ErrorTextOnStandardError) {
     makePackage("one");
     fs::remove("/package/BuildVersion.txt");
     run({}, [] { dup2(open("errors", O_WRONLY | O_CREAT | O_CLOEXEC, 0644), STDERR_FILENO); });
     EXPECT_EQ(readFile("/package/errors"), "Error in opening file: No such file or directory\n");
 }
-
-#ifdef E2E_PLAIN_BUILD
-TEST(Program, NeedsTheLibraryAndLibcOnly) {
-    FILE* reader = popen("readelf -d /build/zentrix | grep -oE 'NEEDED.*|R(UN)?PATH.*'", "r");
-    ASSERT_NE(reader, nullptr);
-    std::multiset<std::string> found;
-    char line[512];
-    while (fgets(line, sizeof line, reader) != nullptr) {
-        const std::string entry = line;
-        found.insert(entry.substr(entry.find('[')));
-    }
-    EXPECT_EQ(pclose(reader), 0);
-    EXPECT_EQ(found, (std::multiset<std::string>{"[libc.so.6]\n", "[libkvmapi.so.6]\n"}));
-}
-#endif
 
 }  // namespace e2e

@@ -53,6 +53,8 @@ const std::vector<Fault> allFaults = {
     {"SIGHUP", Places::commands, {{"groupSignal", "SIGHUP"}}},
     {"SIGINT", Places::commands, {{"groupSignal", "SIGINT"}}},
     {"SIGTERM", Places::commands, {{"groupSignal", "SIGTERM"}}},
+    {"SIGQUIT", Places::commands, {{"groupSignal", "SIGQUIT"}}},
+    {"SIGPIPE", Places::commands, {{"groupSignal", "SIGPIPE"}}},
     {"call", Places::calls, {{"status", 1}}},
     {"log-missing", Places::once, nullptr, [](unsigned) { fs::remove_all("/var"); }},
     {"log-refused", Places::once, nullptr, [](unsigned) { e2e::makeReadOnly(logParent); }},

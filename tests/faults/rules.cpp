@@ -1,6 +1,5 @@
 #include "rules.h"
 
-#include <algorithm>
 #include <csignal>
 #include <filesystem>
 
@@ -131,18 +130,11 @@ static bool noFilesLeft(const Trial& trial) {
 }
 
 static bool everyCommandHasItsOutcome(const e2e::Result& result) {
-    static const std::string announcement = "\nAbout to execute: \"";
     size_t at = 0;
     for (const std::string& command : result.commands) {
-        at = result.log.find(announcement + command, at);
-        const size_t next = result.log.find(announcement, at + 1);
-        const size_t run = result.log.find("Command \"" + command + "\" returned code: ", at);
-        const size_t skipped = result.log.find("\nSkipping command: \"" + command + "\"\n", at);
-        const size_t outcome = std::min(run, skipped);
-        if (outcome == std::string::npos || outcome > next) {
+        if (e2e::takeOutcome(result.log, command, at).empty()) {
             return false;
         }
-        at++;
     }
     return true;
 }

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -215,6 +216,17 @@ static Texts readCommands(const std::string& log) {
         commands.push_back(log.substr(at, log.find("\"\n", at) - at));
     }
     return commands;
+}
+
+std::string takeOutcome(const std::string& text, const std::string& command, size_t& at) {
+    const std::string quoted = '"' + command + '"';
+    const size_t from = std::min(text.find("Command " + quoted + " returned code: ", at),
+                                 text.find("Skipping command: " + quoted, at));
+    if (from == std::string::npos) {
+        return "";
+    }
+    at = text.find('\n', from + quoted.size() + sizeof "Command ");
+    return text.substr(from, at - from);
 }
 
 Result run(const Texts& arguments, const std::function<void()>& prepare) {

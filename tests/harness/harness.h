@@ -17,7 +17,6 @@ using Texts = std::vector<std::string>;
 
 inline const std::string packageDirectory = "/package";
 inline const std::string logDirectory = "/var/log/Marvek_Support";
-inline const std::string dryRunMarker = "/tmp/kvsupdbg-no-f-update.txt";
 
 // The status of a run that had to be killed because it did not end.
 constexpr int neverEnded = -1;
@@ -50,6 +49,10 @@ void editAdapters(const Json& edits);
 // Runs ./zentrix in the package directory, in a process group of its own, with
 // no input. `prepare` runs in the new process, just before the program.
 Result run(const Texts& arguments, const std::function<void()>& prepare = {});
+
+// The line of a text, from `at` on, that tells how a command ended: with an
+// exit code or skipped. Moves `at` behind it; empty when there is none.
+std::string takeOutcome(const std::string& text, const std::string& command, size_t& at);
 
 // What a directory can come to: nothing in it can be changed, or nothing more
 // be written, since a file "filler" takes all the room. For the package

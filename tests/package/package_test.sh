@@ -51,14 +51,6 @@ directory() {
     done
 }
 
-# program NAME BYTES: a build whose zentrix begins with BYTES, in the notation of printf.
-program() {
-    mkdir "$1"
-    cp "$build/package_check" "$1"
-    # shellcheck disable=SC2059 # that is the point
-    printf "$2" >"$1/zentrix"
-}
-
 # ---- Refusals.
 
 mkdir out
@@ -96,13 +88,12 @@ refused "no such directory of images: tool" --images tool
 refused "an empty image: empty/3C01bc.bin" --images empty
 refused "not a file: directory/3C01bc.bin" --images directory
 
-program wide '\177ELF\2\1\1\0\0\0\0\0\0\0\0\0\3\0\3\0'
-program other '\177ELF\1\1\1\0\0\0\0\0\0\0\0\0\3\0\50\0'
-program fitting '\177ELF\1\1\1\0\0\0\0\0\0\0\0\0\3\0\3\0'
-for wrong in wide other; do
-    any_width='' refused "not a 32-bit x86 program: $wrong/zentrix" --build $wrong
-done
-any_width='' package --build fitting --out fitting/p || complain "fitting: $(cat said)"
+mkdir wide
+cp "$build/package_check" wide
+printf '\177ELF\2\1\1\0\0\0\0\0\0\0\0\0\3\0\3\0' >wide/zentrix
+any_width='' refused "not a 32-bit x86 program: wide/zentrix" --build wide
+printf '\1' | dd of=wide/zentrix bs=1 seek=4 conv=notrunc status=none
+any_width='' package --build wide --out wide/p || complain "32 bits: $(cat said)"
 refused "no none/zentrix: script/release makes it" --build none
 
 virtual=(--flash-tool '' --images '' --build-version '' --virtual)

@@ -53,16 +53,4 @@ TEST(VersionString, OlderAndUnreadableStampsForceAnUpdate) {
     }
 }
 
-TEST(VersionString, WhiteSpaceIsTrimmedAtOneEnd) {
-    for (const std::string core : {"7 1", "\v7\f", ""}) {
-        std::string left = "\t\r\n " + core;
-        std::string right = core + " \t\r\n";
-        trim_right(left.data() + 4);
-        trim_left(left.data());
-        trim_right(right.data());
-        EXPECT_EQ(left.c_str(), core);
-        EXPECT_EQ(right.c_str(), core);
-    }
-}
-
 }  // namespace fwup
