@@ -75,6 +75,12 @@ void writeMessage(bool echo, const char* format, ...) {
     writetoLog(text, echo);
 }
 
+void showMarker(const char* marker) {
+    if (bSilent != 1) {
+        puts(marker);
+    }
+}
+
 void copyFileToLog(FILE* file, bool echo) {
     char piece[messageSize];
     while (fgets(piece, sizeof piece, file) != nullptr) {

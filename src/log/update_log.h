@@ -29,6 +29,10 @@ void writetoLog(const char* text, bool echo);
 // Formats a message of at most messageSize - 1 characters and writes it.
 __attribute__((format(printf, 2, 3))) void writeMessage(bool echo, const char* format, ...);
 
+// Prints a line on the console alone, unless silent: what the log says at
+// greater length.
+void showMarker(const char* marker);
+
 // Writes the rest of `file` to the log as it stands, in pieces of at most
 // messageSize - 1 characters. The caller closes the file.
 void copyFileToLog(FILE* file, bool echo);

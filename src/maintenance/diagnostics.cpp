@@ -18,14 +18,10 @@ bool create_yes_response_file() {
 static void reportCrc(int status, const char* mac) {
     if (status == 0) {
         writeMessage(false, "*** Successfully completed CRC check on device %s ***\n\n", mac);
-        if (bSilent != 1) {
-            puts("\t---> successful");
-        }
+        showMarker("\t---> successful");
         return;
     }
-    if (bSilent != 1) {
-        puts("\t---> failed");
-    }
+    showMarker("\t---> failed");
     writeMessage(false, " !!! Error performing CRC check on device %s !!!\n\n", mac);
 }
 

@@ -50,12 +50,6 @@ static int flash(const Device* device, const char* component, const char* image,
                                           backedUp ? " nv.bak" : "", szFwuplog));
 }
 
-static void showMarker(const char* marker) {
-    if (bSilent != 1) {
-        puts(marker);
-    }
-}
-
 static bool reportOutcome(int code, bool stampForces, const Device* device, const char* component,
                           const char* image) {
     if (code == codeNotApplied && !stampForces) {

@@ -1,5 +1,6 @@
 #include "version/build_stamp.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -16,8 +17,11 @@ const char* getBuildVer() {
     memset(buildVer, 0, sizeof buildVer);
     FILE* file = fopen("BuildVersion.txt", "r");
     if (file == nullptr) {
-        // Standard error isn't buffered: keep the true order on the console.
+        // Standard error isn't buffered: keep the true order on the console. A flush that fails
+        // has a reason of its own, which isn't the file's.
+        const int reason = errno;
         fflush(stdout);
+        errno = reason;
         perror("Error in opening file");
         return nullptr;
     }
@@ -81,18 +85,14 @@ void writeVPDV0ForAdapter(const Device* device, const char* flashTool, const cha
     const int status = SYSTEM(command);
     write_device_info_file_to_log(device->mac, false);
     if (status != 0) {
-        if (bSilent != 1) {
-            puts("\t---> failed");
-        }
+        showMarker("\t---> failed");
         writeMessage(false, " !!! Error performing vpd-v0 update on device %s !!!\n\n",
                      device->mac);
         return;
     }
     writeMessage(false, "*** Successfully completed vpd-v0 update on device %s ***\n\n",
                  device->mac);
-    if (bSilent != 1) {
-        puts("\t---> Update successful");
-    }
+    showMarker("\t---> Update successful");
 }
 
 // The value of the saved file's first stamp line; false when it has none.

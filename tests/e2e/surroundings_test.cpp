@@ -153,7 +153,10 @@ TEST(Process, ChildSignalIgnored) {
 TEST(Process, ErrorTextOnStandardError) {
     makePackage("one");
     fs::remove("/package/BuildVersion.txt");
-    run({}, [] { dup2(open("errors", O_WRONLY | O_CREAT | O_CLOEXEC, 0644), STDERR_FILENO); });
+    run({}, [] {
+        dup2(open("errors", O_WRONLY | O_CREAT | O_CLOEXEC, 0644), STDERR_FILENO);
+        dup2(open("/dev/full", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
+    });
     EXPECT_EQ(readFile("/package/errors"), "Error in opening file: No such file or directory\n");
 }
 
