@@ -3,7 +3,6 @@
 
 #include "platform/kvmapi.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

@@ -67,6 +67,9 @@ int obeyFaulty(Session& session, const Json& fault, const char* program) {
     }
     const bool refused = isRefusal(fault);
     session.console.held = fault.contains("output") || fault.contains("text");
+    if (refused) {
+        session.command.backup.clear();
+    }
     const int code = !refused || fault.contains("output") ? attempt(session) : int{exitDone};
     if (session.changed && !refused) {
         saveFleet(session.fleet);
