@@ -50,7 +50,7 @@ bool isSandboxed() {
             return true;
         }
     }
-    fputs("Nothing was run: this belongs inside script/sandbox (see tests/e2e/CMakeLists.txt).\n",
+    fputs("Nothing was run: this belongs inside script/sandbox (see tests/CMakeLists.txt).\n",
           stderr);
     return false;
 }

@@ -92,7 +92,9 @@ mkdir wide
 cp "$build/package_check" wide
 printf '\177ELF\2\1\1\0\0\0\0\0\0\0\0\0\3\0\3\0' >wide/zentrix
 any_width='' refused "not a 32-bit x86 program: wide/zentrix" --build wide
-printf '\1' | dd of=wide/zentrix bs=1 seek=4 conv=notrunc status=none
+printf '\177ELF\1\1\1\0\0\0\0\0\0\0\0\0\3\0\50\0' >wide/zentrix
+any_width='' refused "not a 32-bit x86 program: wide/zentrix" --build wide
+printf '\3' | dd of=wide/zentrix bs=1 seek=18 conv=notrunc status=none
 any_width='' package --build wide --out wide/p || complain "32 bits: $(cat said)"
 refused "no none/zentrix: script/release makes it" --build none
 

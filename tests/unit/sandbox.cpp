@@ -8,7 +8,6 @@
 
 #include "inventory/check_list.h"
 #include "log/update_log.h"
-#include "update/component_flash.h"
 #include "update/update_pass.h"
 
 namespace fwup {
@@ -38,7 +37,7 @@ void Sandbox::restart() {
     shellRules.clear();
     commands.clear();
     failingAllocation = 0;
-    bSilent = bForce = bool_iscsi_fix = bool_vt_ncsi = 0;
+    bSilent = bool_vt_ncsi = 0;
     snprintf(szFwuplog, sizeof szFwuplog, "L");
     resetCheckList();
 }

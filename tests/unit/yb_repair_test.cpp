@@ -15,6 +15,8 @@ TEST_F(YbRepair, IsDecidedByTheFirstVpdLine) {
     const std::string filler(998, 'x');
     const char* const right = "*** YB data is correct on M1 ***\n\n";
     const char* const done = "*** Successfully completed performing YB fix on device M1 ***\n\n";
+    const char* const nothing =
+        "YB_Data3.log \n\" returned code: 0\n \nAbout to execute: \"rm YB_Data3.log";
     const struct {
         std::string data;
         int fixStatus;
@@ -24,9 +26,9 @@ TEST_F(YbRepair, IsDecidedByTheFirstVpdLine) {
         {wrong + rightLine, 0, done},
         {wrong, 95, done},
         {wrong, -1, " !!! Error performing YB fix on device M1 !!!\n\n"},
-        {"vpd (yb): 0x4f\n", 0, "rm YB_Data3.log"},
+        {"vpd (yb): 0x4f\n", 0, nothing},
         {"x" + filler + rightLine, 0, right},  // a read ends after 999 characters
-        {filler + rightLine, 0, "rm YB_Data3.log"},
+        {filler + rightLine, 0, nothing},
     };
     char line[ybTextSize] = "";
     formatYbLine(line);
