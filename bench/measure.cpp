@@ -5,7 +5,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 
 static double now() {
@@ -25,7 +27,7 @@ int main(int argc, char** argv) {
     int status = 0;
     rusage usage = {};
     if (spawned != 0 || wait4(child, &status, 0, &usage) != child) {
-        perror("measure");
+        fprintf(stderr, "measure: %s\n", strerror(spawned != 0 ? spawned : errno));
         return 2;
     }
     fprintf(stderr, "%.6f %ld\n", now() - start, usage.ru_maxrss);
