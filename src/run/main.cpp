@@ -22,7 +22,7 @@
 
 namespace fwup {
 
-static const char* const pVer = "1.0.64";
+static const char* const pVer = ZENTRIX_VERSION;
 static const char* const family = "Veltrasia II";
 
 // 1 when the mode switches NCSI, on or off.
