@@ -110,6 +110,12 @@ static void expectState(const Result& /*result*/, const Json& expected) {
     }
 }
 
+static void expectContents(const Result& /*result*/, const Json& expected) {
+    for (const auto& [path, content] : expected.items()) {
+        EXPECT_EQ(readFile(path), content.get<std::string>()) << path;
+    }
+}
+
 static void expectNone(const std::string& text, const Json& parts) {
     for (const std::string part : parts) {
         EXPECT_EQ(text.find(part), std::string::npos) << part;
@@ -151,6 +157,7 @@ static const std::map<std::string, Check> checks = {
     {"omits", [](auto& run, auto& parts) { expectNone(run.log, parts); }},
     {"commands", expectCommands},
     {"after", expectState},
+    {"holds", expectContents},
     {"transcript", expectTranscript},
 };
 

@@ -1,5 +1,6 @@
 #include "maintenance/diagnostics.h"
 
+#include "log/update_log.h"
 #include "sandbox.h"
 
 namespace fwup {
@@ -15,6 +16,10 @@ TEST_F(Diagnostics, CrcCheckLeavesOutAPortWithoutDriver) {
     EXPECT_TRUE(
         isLogged("\n\n!!! Error performing CRC check on device M1, adapter is down !!!\n\n"));
     EXPECT_NE(console.find("CRC check for device M1\t---> failed (adapter is down)\n"),
+              std::string::npos);
+    EXPECT_FALSE(isLogged("information"));  // of the directory, which isn't asked for
+    bSilent = 1;
+    EXPECT_EQ(consoleOf([&] { perform_crc_check(&ports.list, "T"); }).find("is down"),
               std::string::npos);
 }
 
