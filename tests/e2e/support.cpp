@@ -1,5 +1,6 @@
 #include "support.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 
@@ -13,15 +14,8 @@ struct WatchedRun {
 
 static std::vector<WatchedRun> runsOfThisTest;
 
-static std::string lastLines(const std::string& text, int count) {
-    size_t from = text.size();
-    while (count-- >= 0 && from != 0 && from != std::string::npos) {
-        from = text.rfind('\n', from - 1);
-    }
-    return text.substr(from == std::string::npos ? 0 : from + (from < text.size() ? 1 : 0));
-}
-
 static void print(const WatchedRun& run) {
+    const std::string& log = run.result.log;
     std::string command = "./zentrix";
     for (const std::string& argument : run.arguments) {
         command += " " + argument;
@@ -29,7 +23,7 @@ static void print(const WatchedRun& run) {
     printf("---- %s ended with %d. Its console:\n%s\n", command.c_str(), run.result.status,
            run.result.console.c_str());
     printf("---- The end of its log, %s:\n%s\n", run.result.logPath.c_str(),
-           lastLines(run.result.log, 40).c_str());
+           log.substr(log.size() - std::min<size_t>(log.size(), 3000)).c_str());
 }
 
 // All that means something to GoogleTest or the shell matches as any character.
