@@ -21,7 +21,7 @@
 
 namespace fwup {
 
-static const char* const pVer = "1.0.64";
+static const char* const pVer = ZENTRIX_VERSION;
 static const char* const family = "Veltrasia II";
 
 // The flags are clear at the start of the process. A mode without a branch does

@@ -2,6 +2,7 @@
 
 #include "fixture.h"
 #include "inventory/firmware_inventory.h"
+#include "log/update_log.h"
 #include "maintenance/management_firmware.h"
 
 namespace fwup {
@@ -15,8 +16,12 @@ TEST_F(Diagnostics, CrcCheckLeavesOutAPortWithoutDriver) {
     const std::string console = consoleOf([&] { perform_crc_check(&ports.list, "T"); });
     EXPECT_EQ(commands, "");
     EXPECT_TRUE(
-        isLogged("\n\n!!! Error performing CRC check on device M1, adapter is down !!!\n\n"));
-    EXPECT_NE(console.find("CRC check for device M1\t---> failed (adapter is down)\n"),
+        isLogged("\n\n!!! Error performing CRC check on device M1, adapter is down !!!\n\n\nCRC"));
+    EXPECT_NE(console.find("CRC check for device M1\t---> failed (adapter is down)\n\nCRC"),
+              std::string::npos);
+    EXPECT_FALSE(isLogged("information"));  // of the directory, which isn't asked for
+    bSilent = 1;
+    EXPECT_EQ(consoleOf([&] { perform_crc_check(&ports.list, "T"); }).find("is down"),
               std::string::npos);
 }
 
