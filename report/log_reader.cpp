@@ -245,6 +245,10 @@ static void closeCommand(LogReader& reader, std::string_view line, int code) {
             return;
         }
     }
+    const size_t index = findCheckpoint(reader, closed);
+    if (index != reader.checkpoints.size()) {
+        reader.checkpoints[index].code = code;
+    }
     reader.at.quote = Quote::none;
     reader.at.isOpen = false;
     judgeReturn(reader, closed, code);
@@ -456,35 +460,64 @@ static void beginDirectory(LogReader& reader, std::string_view mac) {
 
 // --- Quotes
 
+// A "returned code" line at the end of a line, behind whatever the utility left
+// without a line feed.
+struct Return {
+    std::string_view line;
+    std::string_view command;
+    int code = 0;
+};
+
+static bool findReturn(std::string_view line, Return& found) {
+    // Most lines end in something else than a digit, which is quickly seen.
+    if (line.empty() || line.back() < '0' || line.back() > '9') {
+        return false;
+    }
+    const size_t code = line.rfind(returned);
+    if (code == std::string_view::npos ||
+        !readNumber(line.substr(code + returned.size()), found.code)) {
+        return false;
+    }
+    const size_t begin = line.substr(0, code).rfind(command);
+    if (begin == std::string_view::npos) {
+        return false;
+    }
+    found.line = line.substr(begin);
+    found.command = line.substr(begin + command.size(), code - begin - command.size());
+    return true;
+}
+
+static void doubtReturn(LogReader& reader, const Return& found) {
+    const size_t index = findCheckpoint(reader, found.command);
+    if (index == reader.checkpoints.size()) {
+        return;
+    }
+    const Checkpoint& checkpoint = reader.checkpoints[index];
+    if (!checkpoint.code || checkpoint.code == found.code) {
+        return;
+    }
+    addFinding(reader, LineKind::doubtful, found.line);
+    if (isFlash(found.command) && checkpoint.flashes > 0) {
+        reader.run.flashes[checkpoint.flashes - 1].outcome = FlashOutcome::failed;
+    }
+}
+
 // The end of a quoted line that is the tool's; empty when none of it is.
 static std::string_view endOfOutput(LogReader& reader, std::string_view line) {
     Position& at = reader.at;
-    const bool mayBeHeldBack = at.open.find("upgrade") != std::string::npos;
-    if (!at.quotedText && mayBeHeldBack && line == "Skipping command: \"" + at.open + "\"") {
+    const bool mayBeHeldBack = !at.quotedText && at.open.find("upgrade") != std::string::npos;
+    if (mayBeHeldBack && line == "Skipping command: \"" + at.open + "\"") {
         return line;
     }
     at.quotedText = at.quotedText || !trimmed(line).empty();
-    // Most lines end in something else than a digit, which is quickly seen.
-    if (line.empty() || line.back() < '0' || line.back() > '9') {
+    Return found;
+    if (!findReturn(line, found)) {
         return {};
     }
-    const size_t code = line.rfind(returned);
-    int number = 0;
-    if (code == std::string_view::npos ||
-        !readNumber(line.substr(code + returned.size()), number)) {
-        return {};
+    if (found.command == at.open) {
+        return found.line;
     }
-    const std::string_view before = line.substr(0, code);
-    if (endsWith(before, at.open) &&
-        endsWith(before.substr(0, before.size() - at.open.size()), command)) {
-        return line.substr(code - at.open.size() - command.size());
-    }
-    const size_t other = before.rfind(command);
-    if (other != std::string_view::npos &&
-        findCheckpoint(reader, before.substr(other + command.size())) !=
-            reader.checkpoints.size()) {
-        addFinding(reader, LineKind::doubtful, line.substr(other));
-    }
+    doubtReturn(reader, found);
     return {};
 }
 
@@ -740,8 +773,29 @@ static void obey(LogReader& reader, const ToolLine& line, std::string_view whole
     }
 }
 
+// What was taken for a quote's end may have been quoted itself, and the true one
+// stands behind the rest of the quote on the same line.
+static std::string_view endOfForgery(const LogReader& reader, std::string_view line) {
+    Return found;
+    if (findReturn(line, found)) {
+        const bool known = findCheckpoint(reader, found.command) != reader.checkpoints.size();
+        return known ? found.line : line;
+    }
+    for (const std::string_view begin : {"*** Successfully completed ", "!!! Error performing "}) {
+        const size_t at = line.rfind(begin);
+        if (at != std::string_view::npos) {
+            return line.substr(at);
+        }
+    }
+    return line;
+}
+
 static void readToolText(LogReader& reader, std::string_view line) {
-    if (readBrokenCommand(reader, line) || readCommandLine(reader, line) || readRow(reader, line)) {
+    if (readBrokenCommand(reader, line)) {
+        return;
+    }
+    line = endOfForgery(reader, line);
+    if (readCommandLine(reader, line) || readRow(reader, line)) {
         return;
     }
     obey(reader, readToolLine(line), line);

@@ -24,8 +24,8 @@
 // may itself be quoted. The tool never writes one twice for the same command,
 // so when it comes again outside of any quote, the earlier one was the
 // utility's: everything since then is forgotten and the quote ends here. When
-// it comes again inside a later quote, either of the two may be the utility's,
-// the command's result is in doubt, and the log says so as a finding.
+// it comes again inside a later quote, either of the two may be the utility's:
+// if they differ, the worse counts, and a finding tells of the doubt.
 #pragma once
 
 #include <cstddef>
@@ -67,7 +67,8 @@ struct Position {
 
 // Where a quote began, to go back to.
 struct Checkpoint {
-    std::string key;  // the command, or what else tells its closing line
+    std::string key;          // the command, or what else tells its closing line
+    std::optional<int> code;  // with which the command was closed
     Position position;
     size_t macs = 0;
     size_t before = 0;
