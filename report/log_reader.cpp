@@ -816,6 +816,7 @@ void readLine(LogReader& reader, std::string_view line, size_t number) {
     if (!reader.isLog) {
         return;
     }
+    reader.at.headerOnly = reader.at.headerOnly && (number == 1 || trimmed(line).empty());
     std::string_view own = line;
     switch (reader.at.quote) {
         case Quote::none:
@@ -846,7 +847,7 @@ Run finishLog(LogReader& reader) {
     run.lines = reader.number;
     run.operation = at.operation;
     run.exitStatus = at.exitStatus;
-    if (!run.exitStatus && (at.removedQuitFile || !at.titleSeen)) {
+    if (!run.exitStatus && (at.removedQuitFile || at.headerOnly)) {
         run.exitStatus = 0;
     }
     const bool ended = run.exitStatus && !at.isOpen && at.quote == Quote::none;

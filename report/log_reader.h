@@ -55,7 +55,7 @@ struct Position {
     std::string directoryOf;  // the port whose directory is quoted
     bool inTable = false;
     bool tableIsSecond = false;
-    bool headerSeen = false;
+    bool headerOnly = true;  // as the usage text leaves it
     bool titleSeen = false;
     int stampForces = -1;
     int passStatus = 0;  // as the pass would end with now

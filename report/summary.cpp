@@ -5,6 +5,13 @@
 
 namespace report {
 
+template <typename Value>
+static void addOnce(std::vector<Value>& values, const Value& value) {
+    if (std::find(values.begin(), values.end(), value) == values.end()) {
+        values.push_back(value);
+    }
+}
+
 // --- Adapters
 
 static AdapterSummary* adapterOf(Summary& summary, const std::string& mac) {
@@ -68,6 +75,11 @@ static void addPorts(const Run& run, Summary& summary) {
     }
     if (run.before.empty()) {
         macs = run.macs;
+    }
+    for (const Visit& visit : run.visits) {
+        if (before.count(visit.mac) == 0) {
+            addOnce(macs, visit.mac);
+        }
     }
     for (const std::string& mac : macs) {
         PortSummary port;
@@ -153,13 +165,6 @@ struct Work {
     std::vector<std::string> downMacs = {};
     std::vector<std::string> supportMacs = {};
 };
-
-template <typename Value>
-static void addOnce(std::vector<Value>& values, const Value& value) {
-    if (std::find(values.begin(), values.end(), value) == values.end()) {
-        values.push_back(value);
-    }
-}
 
 static const Flash* flashOf(const Run& run, const Finding& finding) {
     for (const Flash& flash : run.flashes) {
