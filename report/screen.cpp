@@ -222,7 +222,7 @@ static void addAdapter(Screen& screen, const AdapterSummary& adapter, bool isUpd
     }
     addVersions(screen, adapter, isUpdate);
     if (isUpdate) {
-        screen.text += "    stamp: " + stampOr(adapter.stampBefore, "not read") + " -> " +
+        screen.text += "    stamp: " + stampOr(adapter.stampBefore, "unknown") + " -> " +
                        stampOr(adapter.stampWritten, "not written") + "\n";
     }
     addWork(screen, adapter);
@@ -280,7 +280,9 @@ static std::string describe(const Run& run, const Summary& summary) {
                                              "management firmware off",
                                              "NCSI on",
                                              "NCSI off"};
-    std::string text = operations[static_cast<size_t>(run.operation)];
+    const bool stopped =
+        summary.outcome == Outcome::rebootFirst || summary.outcome == Outcome::usageError;
+    std::string text = stopped ? "run" : operations[static_cast<size_t>(run.operation)];
     if (summary.buildVersion) {
         text += " to " + shown(*summary.buildVersion);
     }

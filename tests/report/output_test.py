@@ -10,6 +10,7 @@ the golden files are written anew instead; review what has changed like code.
 import json
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -83,7 +84,7 @@ def check_arguments(place):
     logs.mkdir()
     good = log_of(tree / "tests/golden/update-one.txt")
     down = log_of(tree / "tests/golden/update-driverless.txt")
-    odd = down.replace(b"2.1.6", b"\xff\x1b[2J\xc2\x9b").replace(b"driver version", b"driver version")
+    odd = down.replace(b"2.1.6", b"\xff\x1b[2J\xc2\x9b")
     for at, (name, content) in enumerate([("kvlnfwup.log", good), ("kvlnfwup001.log", down),
                                           ("kvlnfwup002.log", odd), ("other.log", b"")]):
         (logs / name).write_bytes(content)
@@ -119,8 +120,22 @@ def check_arguments(place):
     expect(json.loads(output.read_text())["runs"][0]["log"] == first, "--output: its content")
 
 
+def check_page():
+    page = tree / "docs/zentrix-report.1"
+    options = set(re.findall(r"^\.It Fl -(\w+)", page.read_text(), re.M))
+    shown = set(re.findall(r"--(\w+)", report("--help").stdout.decode()))
+    expect(options == shown, f"options of the page {options} and of --help {shown}")
+    keys = set(schema["$defs"]["run"]["required"]) | set(schema["$defs"]["adapter"]["required"])
+    missing = {key for key in keys if f".It Va {key}\n" not in page.read_text()}
+    expect(not missing, f"keys that the page lacks: {missing}")
+    if shutil.which("mandoc"):
+        lint = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", page], check=False)
+        expect(lint.returncode == 0, "the page's form")
+
+
 check_transcripts()
 check_cuts()
+check_page()
 directory = pathlib.Path(tempfile.mkdtemp())
 try:
     check_arguments(directory)
