@@ -107,7 +107,7 @@ static std::string text(std::string_view view) {
 static void addFinding(LogReader& reader, LineKind kind, std::string_view line,
                        std::string_view mac = {}, std::string_view component = {}) {
     reader.run.findings.push_back(
-        {kind, reader.number, text(trimmed(line)), text(mac), text(component)});
+        {kind, reader.number, text(trimmed(line)), text(mac), text(component), reader.at.passOver});
 }
 
 static bool isKnown(const LogReader& reader, std::string_view mac) {
@@ -194,6 +194,10 @@ static void openCommand(LogReader& reader, std::string_view line) {
     }
     if (isFlash(line) && lastFlash(reader) != nullptr) {
         lastFlash(reader)->forced = line.find(" -F -") != std::string_view::npos;
+    }
+    if (at.operation == Operation::update && wordOf(line, 0) == "rm" &&
+        isKnown(reader, wordOf(line, 1))) {
+        at.passOver = true;
     }
     if (isLogged(line)) {
         beginQuote(reader, Quote::output, at.open);
@@ -661,8 +665,7 @@ static void obey(LogReader& reader, const ToolLine& line, std::string_view whole
             break;
         case LineKind::noDeviceList:
             addFinding(reader, line.kind, whole);
-            at.passStatus =
-                at.operation == Operation::update && !reader.run.hasAfter ? 1 : at.passStatus;
+            at.passStatus = at.operation == Operation::update && !at.passOver ? 1 : at.passStatus;
             break;
         case LineKind::noTool:
         case LineKind::noListingFile:

@@ -60,7 +60,8 @@ struct Position {
     int stampForces = -1;
     int passStatus = 0;  // as the pass would end with now
     Operation operation = Operation::none;
-    bool listed = false;  // the first discovery has ended
+    bool listed = false;    // the first discovery has ended
+    bool passOver = false;  // an update has come to its second discovery
     bool removedQuitFile = false;
     std::optional<int> exitStatus;
 };

@@ -77,6 +77,7 @@ struct Finding {
     std::string text;
     std::string mac;        // empty when it is about no single port
     std::string component;  // empty when it is about none
+    bool late = false;      // after an update, while its second table was made
 };
 
 enum class Operation {

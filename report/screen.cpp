@@ -162,12 +162,12 @@ static void addVersions(Screen& screen, const AdapterSummary& adapter, bool isUp
     }
 }
 
-static std::string flashesOf(const AdapterSummary& adapter) {
+static std::string flashesOf(const AdapterSummary& adapter, const std::string& mac) {
     std::string text;
     for (size_t outcome = 0; outcome <= static_cast<size_t>(FlashOutcome::heldBack); outcome++) {
         std::string components;
         for (const Flash* flash : adapter.flashes) {
-            if (static_cast<size_t>(flash->outcome) == outcome) {
+            if (static_cast<size_t>(flash->outcome) == outcome && flash->mac == mac) {
                 components += (components.empty() ? "" : ", ") + shown(flash->component);
             }
         }
@@ -179,10 +179,18 @@ static std::string flashesOf(const AdapterSummary& adapter) {
     return text;
 }
 
-static void addWork(Screen& screen, const AdapterSummary& adapter) {
-    if (!adapter.flashes.empty()) {
-        addWrapped(screen, "    flashes: ", flashesOf(adapter));
+// After a failure an adapter is flashed once more through its next port.
+static void addFlashes(Screen& screen, const AdapterSummary& adapter) {
+    for (const PortSummary& port : adapter.ports) {
+        const std::string flashes = flashesOf(adapter, port.mac);
+        if (!flashes.empty()) {
+            addWrapped(screen, "    flashes through " + shown(port.mac) + ": ", flashes);
+        }
     }
+}
+
+static void addWork(Screen& screen, const AdapterSummary& adapter) {
+    addFlashes(screen, adapter);
     if (!adapter.checks.empty()) {
         std::string checks;
         for (const Visit* visit : adapter.checks) {

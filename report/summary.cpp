@@ -166,6 +166,9 @@ struct Work {
     std::vector<std::string> supportMacs = {};
 };
 
+// What the manual page says of all texts about the second discovery.
+constexpr const char* lateAdapters = "the adapters are as the update left them.";
+
 static const Flash* flashOf(const Run& run, const Finding& finding) {
     for (const Flash& flash : run.flashes) {
         if (flash.mac == finding.mac && flash.component == finding.component) {

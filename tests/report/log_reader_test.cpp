@@ -220,6 +220,18 @@ TEST(LogReader, CutOffNamesCommandPortAndComponent) {
         std::string::npos);
 }
 
+TEST(LogReader, WhatFailsAfterThePassLeavesTheAdaptersAsUpdated) {
+    const std::string missing =
+        "\nError! Unable to locate Kelvane Veltrasia II tool (./lnxfwvt2).\n";
+    const report::Run run =
+        readText(start() + table("7.10.4") + stamped() + execute("rm 020000000001") + missing +
+                 summaryLine(true) + execute("rm q"));
+    const Summary summary = summarize(run);
+    ASSERT_EQ(summary.problems.size(), 1U);
+    EXPECT_EQ(summary.problems[0].adapters, "the adapters are as the update left them.");
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
 // --- Bytes
 
 TEST(LogReader, PiecesOfAnySizeReadTheSame) {
