@@ -183,8 +183,9 @@ static void addProblem(Work& work, const Finding& finding) {
     if (advice == nullptr) {
         return;
     }
+    const char* adapters = finding.late ? lateAdapters : advice->adapters;
     work.summary.problems.push_back(
-        {finding.line, finding.text, advice->cause, advice->adapters, advice->next, finding.kind});
+        {finding.line, finding.text, advice->cause, adapters, advice->next, finding.kind});
     work.failed = work.failed || advice->failure;
     work.actions |= advice->actions;
     if (advice->errand != nullptr) {
