@@ -128,10 +128,11 @@ static Flash* lastFlash(LogReader& reader) {
 // The name that an image's flash goes by: "3C01mbaf.bin" is of "mba".
 static std::string componentOfImage(std::string_view image) {
     constexpr size_t idLength = 4;
-    if (image.size() <= idLength || !endsWith(image, ".bin")) {
+    constexpr std::string_view suffix = ".bin";
+    if (image.size() <= idLength + suffix.size() || !endsWith(image, suffix)) {
         return {};
     }
-    image = image.substr(idLength, image.size() - idLength - strlen(".bin"));
+    image = image.substr(idLength, image.size() - idLength - suffix.size());
     return image == "mbaf" ? "mba" : text(image);
 }
 
