@@ -1,0 +1,111 @@
+// What one run did, as its log tells it: plain records, in the order of the
+// log. Only what is reported is kept.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tool_line.h"
+
+namespace report {
+
+enum class FlashOutcome {
+    cutOff,  // also until another is known
+    updated,
+    rebootNeeded,
+    notNeeded,
+    failed,
+    imageMissing,
+    heldBack,
+};
+
+struct Flash {
+    std::string mac;
+    std::string component;
+    std::string image;
+    bool forced = false;       // the command carried the switch
+    int stampForces = -1;      // what the comparison said; -1 when there was none
+    bool notAccepted = false;  // exit code 70, though it is no failure
+    std::optional<int> exitCode;
+    FlashOutcome outcome = FlashOutcome::cutOff;
+    size_t line = 0;
+};
+
+enum class CrcOutcome { none, passed, failed, down };
+enum class YbOutcome { none, right, repaired, failed };
+
+// One port's turn in the update pass.
+struct Visit {
+    std::string mac;
+    std::string driver;
+    size_t line = 0;
+    bool stampRead = false;             // the build version was there
+    std::optional<std::string> onCard;  // the stamp before this turn
+    std::optional<std::string> build;   // what was to be stamped
+    bool stamped = false;
+    bool down = false;
+    bool corrupted = false;
+    CrcOutcome crc = CrcOutcome::none;
+    YbOutcome yb = YbOutcome::none;
+};
+
+enum class SwitchOutcome { cutOff, done, rebootNeeded, failed };
+
+struct Switch {
+    std::string mac;
+    std::string firmware;
+    SwitchOutcome outcome = SwitchOutcome::cutOff;
+    size_t line = 0;
+};
+
+// A row of the version table.
+struct Port {
+    std::string mac;
+    std::string label;
+    int bus = -1;
+    int device = 0;
+    int function = 0;
+    std::string versions[versionColumns];
+};
+
+// A line that tells of trouble.
+struct Finding {
+    LineKind kind = LineKind::unknown;
+    size_t line = 0;  // 0 when no single line shows it
+    std::string text;
+    std::string mac;        // empty when it is about no single port
+    std::string component;  // empty when it is about none
+    bool late = false;      // after an update, while its second table was made
+};
+
+enum class Operation {
+    none,
+    update,
+    versions,
+    directory,
+    iscsiVersions,
+    disableManagement,
+    enableNcsi,
+    disableNcsi,
+};
+
+struct Run {
+    std::string version;  // the tool's; empty when the log doesn't tell
+    Operation operation = Operation::none;
+    std::optional<int> exitStatus;
+    bool cutOff = false;
+    std::string cutIn;  // the command during which the log ends; may be empty
+    size_t lines = 0;
+    std::vector<std::string> macs;  // the listed ports, in order
+    std::vector<Port> before;
+    std::vector<Port> after;
+    bool hasAfter = false;
+    std::vector<Visit> visits;
+    std::vector<Flash> flashes;
+    std::vector<Switch> switches;
+    std::vector<Finding> findings;
+};
+
+}  // namespace report

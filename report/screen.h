@@ -1,0 +1,13 @@
+// A run as a screen for people: is all well, what isn't, what to do now.
+#pragma once
+
+#include <string>
+
+#include "summary.h"
+
+namespace report {
+
+// Control characters, and bytes that are no UTF-8, are shown as "?".
+std::string toScreen(const std::string& log, const Run& run, const Summary& summary, bool colour);
+
+}  // namespace report

@@ -1,0 +1,476 @@
+#include "summary.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace report {
+
+template <typename Value>
+static void addOnce(std::vector<Value>& values, const Value& value) {
+    if (std::find(values.begin(), values.end(), value) == values.end()) {
+        values.push_back(value);
+    }
+}
+
+// --- Adapters
+
+static AdapterSummary* adapterOf(Summary& summary, const std::string& mac) {
+    for (AdapterSummary& adapter : summary.adapters) {
+        for (const PortSummary& port : adapter.ports) {
+            if (port.mac == mac) {
+                return &adapter;
+            }
+        }
+    }
+    return nullptr;
+}
+
+static const Port* rowOf(const std::vector<Port>& table, const std::string& mac) {
+    for (const Port& port : table) {
+        if (port.mac == mac) {
+            return &port;
+        }
+    }
+    return nullptr;
+}
+
+using Rows = std::map<std::string, const Port*>;
+
+// The first row of each port counts.
+static Rows indexRows(const std::vector<Port>& table) {
+    Rows rows;
+    for (const Port& port : table) {
+        rows.emplace(port.mac, &port);
+    }
+    return rows;
+}
+
+static const Port* findRow(const Rows& rows, const std::string& mac) {
+    const Rows::const_iterator at = rows.find(mac);
+    return at == rows.end() ? nullptr : at->second;
+}
+
+// The ports of a bus are one adapter. A bus that isn't known (-1) says nothing
+// of the kind; the ports of a run without a table stand together.
+static AdapterSummary& placeFor(Summary& summary, const Port* row) {
+    const bool hasBus = row != nullptr && row->bus >= 0;
+    for (AdapterSummary& adapter : summary.adapters) {
+        if (hasBus ? adapter.bus == row->bus : row == nullptr && !adapter.bus) {
+            return adapter;
+        }
+    }
+    summary.adapters.emplace_back();
+    if (hasBus) {
+        summary.adapters.back().bus = row->bus;
+    }
+    return summary.adapters.back();
+}
+
+static void addPorts(const Run& run, Summary& summary) {
+    const Rows before = indexRows(run.before);
+    const Rows after = indexRows(run.after);
+    std::vector<std::string> macs;
+    for (const Port& port : run.before) {
+        macs.push_back(port.mac);
+    }
+    if (run.before.empty()) {
+        macs = run.macs;
+    }
+    for (const Visit& visit : run.visits) {
+        if (before.count(visit.mac) == 0) {
+            addOnce(macs, visit.mac);
+        }
+    }
+    for (const std::string& mac : macs) {
+        PortSummary port;
+        port.mac = mac;
+        port.before = findRow(before, mac);
+        port.after = findRow(after, mac);
+        if (port.before != nullptr) {
+            port.label = port.before->label;
+            if (port.before->bus >= 0) {
+                port.device = port.before->device;
+                port.function = port.before->function;
+            }
+        }
+        placeFor(summary, port.before).ports.push_back(port);
+    }
+}
+
+static PortSummary* portOf(AdapterSummary& adapter, const std::string& mac) {
+    for (PortSummary& port : adapter.ports) {
+        if (port.mac == mac) {
+            return &port;
+        }
+    }
+    return nullptr;
+}
+
+static void addVisit(const Visit& visit, AdapterSummary& adapter, bool isFirst) {
+    PortSummary* port = portOf(adapter, visit.mac);
+    port->down = visit.down || visit.driver == "NA";
+    port->corrupted = visit.corrupted;
+    if (visit.driver != "NA") {
+        port->driver = visit.driver;
+    }
+    // A later port of the adapter reads the stamp of this very run.
+    if (isFirst) {
+        adapter.stampBefore = visit.onCard;
+    }
+    if (visit.stamped) {
+        adapter.stampWritten = visit.build;
+    }
+    if (visit.crc != CrcOutcome::none) {
+        adapter.checks.push_back(&visit);
+    }
+    adapter.yb = std::max(adapter.yb, visit.yb);
+}
+
+static void addWork(const Run& run, Summary& summary) {
+    std::vector<const AdapterSummary*> seen;
+    for (const Visit& visit : run.visits) {
+        AdapterSummary* adapter = adapterOf(summary, visit.mac);
+        if (adapter == nullptr) {
+            continue;
+        }
+        const bool isFirst = std::find(seen.begin(), seen.end(), adapter) == seen.end();
+        seen.push_back(adapter);
+        addVisit(visit, *adapter, isFirst);
+        if (visit.build) {
+            summary.buildVersion = visit.build;
+        }
+    }
+    for (const Flash& flash : run.flashes) {
+        if (AdapterSummary* adapter = adapterOf(summary, flash.mac)) {
+            adapter->flashes.push_back(&flash);
+        }
+    }
+}
+
+// --- Problems
+
+// Whether a plain run would flash this component again.
+static bool needsForce(const Flash& flash) {
+    const bool alwaysForced =
+        flash.component == "mfw1" || flash.component == "ib" || flash.component == "mba";
+    return flash.stampForces == 1 || (flash.forced && !alwaysForced);
+}
+
+struct Work {
+    const Run& run;
+    Summary& summary;
+    unsigned actions = actNothing;
+    bool failed = false;
+    std::vector<std::string> errands = {};
+    std::vector<std::string> downMacs = {};
+    std::vector<std::string> supportMacs = {};
+};
+
+// What the manual page says of all texts about the second discovery.
+constexpr const char* lateAdapters = "the adapters are as the update left them.";
+
+static const Flash* flashOf(const Run& run, const Finding& finding) {
+    for (const Flash& flash : run.flashes) {
+        if (flash.mac == finding.mac && flash.component == finding.component) {
+            return &flash;
+        }
+    }
+    return nullptr;
+}
+
+static void addProblem(Work& work, const Finding& finding) {
+    const Advice* advice = adviceFor(finding.kind);
+    if (advice == nullptr) {
+        return;
+    }
+    const char* adapters = finding.late ? lateAdapters : advice->adapters;
+    work.summary.problems.push_back(
+        {finding.line, finding.text, advice->cause, adapters, advice->next, finding.kind});
+    work.failed = work.failed || advice->failure;
+    work.actions |= advice->actions;
+    if (advice->errand != nullptr) {
+        addOnce(work.errands, std::string(advice->errand));
+    }
+    if ((advice->actions & actDriver) != 0) {
+        addOnce(work.downMacs, finding.mac);
+    }
+    if ((advice->actions & actSupport) != 0) {
+        addOnce(work.supportMacs, finding.mac);
+    }
+    const Flash* flash = flashOf(work.run, finding);
+    if (flash != nullptr && needsForce(*flash)) {
+        work.actions |= actForce;
+    }
+}
+
+// Of a dry run, one line stands for all that was held back.
+static void addFindings(Work& work) {
+    for (const Finding& finding : work.run.findings) {
+        const bool again = finding.kind == LineKind::skipped && work.summary.dryRun;
+        work.summary.dryRun = work.summary.dryRun || finding.kind == LineKind::skipped;
+        if (!again) {
+            addProblem(work, finding);
+        } else if (const Flash* flash = flashOf(work.run, finding)) {
+            work.actions |= needsForce(*flash) ? actForce : actNothing;
+        }
+    }
+}
+
+static void addNotAccepted(Work& work) {
+    for (const Flash& flash : work.run.flashes) {
+        if (flash.notAccepted) {
+            addProblem(work, {LineKind::notAccepted, flash.line,
+                              "Updating " + flash.mac + " using file " + flash.image, flash.mac,
+                              flash.component});
+        }
+    }
+}
+
+// A pass that goes on to its end although a port has not been stamped ran out
+// of its build version; it says so on standard error alone.
+static void addMissingBuildVersion(Work& work) {
+    const Run& run = work.run;
+    if (run.cutOff || run.visits.empty() || run.visits.back().stampRead) {
+        return;
+    }
+    addProblem(work, {LineKind::noBuildVersion, run.visits.back().line, "Error in opening file",
+                      run.visits.back().mac, ""});
+}
+
+// The column of the table that shows a component.
+static const char* columnOf(const std::string& component) {
+    static const char* const columns[][2] = {
+        {"bc", "boot"}, {"mfw1", "mfw"}, {"ipmi", "ipmi"}, {"asf", "asf"},   {"mba", "pxe"},
+        {"l2t", "l2"},  {"ump", "ump"},  {"ncsi", "ncsi"}, {"imfw", "imfw"}, {"ib", "iscsi"}};
+    for (const auto& row : columns) {
+        if (component == row[0]) {
+            return row[1];
+        }
+    }
+    return "";
+}
+
+static const std::string* versionOf(const Port* port, const std::string& component) {
+    const char* column = columnOf(component);
+    for (size_t i = 0; port != nullptr && i < versionColumns; i++) {
+        if (strcmp(columnNames[i], column) == 0) {
+            return &port->versions[i];
+        }
+    }
+    return nullptr;
+}
+
+static bool isUnchanged(const Run& run, const Flash& flash) {
+    const std::string* before = versionOf(rowOf(run.before, flash.mac), flash.component);
+    const std::string* after = versionOf(rowOf(run.after, flash.mac), flash.component);
+    return before != nullptr && after != nullptr && *before == *after;
+}
+
+// Unforced, the utility writes newer images only, so the version must change.
+// A forced flash may write the same version again; but when not one of an
+// adapter with an older stamp changes, nothing may have been written at all.
+static void addUnchanged(Work& work) {
+    for (const AdapterSummary& adapter : work.summary.adapters) {
+        bool changed = false;
+        for (const Flash* flash : adapter.flashes) {
+            changed = changed ||
+                      (flash->outcome == FlashOutcome::updated && !isUnchanged(work.run, *flash));
+        }
+        for (const Flash* flash : adapter.flashes) {
+            const bool suspect = !flash->forced || (flash->stampForces == 1 && !changed);
+            if (flash->outcome == FlashOutcome::updated && suspect &&
+                isUnchanged(work.run, *flash)) {
+                addProblem(work, {LineKind::unchanged, flash->line,
+                                  "Updating " + flash->mac + " using file " + flash->image,
+                                  flash->mac, flash->component});
+            }
+        }
+    }
+}
+
+static bool differ(const Port& a, const Port& b) {
+    return !std::equal(std::begin(a.versions), std::end(a.versions), std::begin(b.versions));
+}
+
+static void addDifferingPorts(Work& work) {
+    for (const AdapterSummary& adapter : work.summary.adapters) {
+        for (const PortSummary& port : adapter.ports) {
+            const PortSummary& first = adapter.ports.front();
+            const bool second = port.after != nullptr && first.after != nullptr;
+            const Port* row = second ? port.after : port.before;
+            const Port* other = second ? first.after : first.before;
+            if (adapter.bus && row != nullptr && other != nullptr && differ(*row, *other)) {
+                addProblem(work, {LineKind::portsDiffer, 0,
+                                  first.mac + " and " + port.mac + " show different versions",
+                                  port.mac, ""});
+            }
+        }
+    }
+}
+
+// --- A run that was cut off
+
+static bool wasFlashing(const Run& run) {
+    return run.cutIn.find(" upgrade ") != std::string::npos;
+}
+
+static void addCutOff(Work& work) {
+    const Run& run = work.run;
+    if (!run.cutOff) {
+        return;
+    }
+    const bool inPass = !run.visits.empty();
+    Finding finding = {LineKind::cutOff, run.lines, "", inPass ? run.visits.back().mac : "", ""};
+    finding.text = run.cutIn.empty() ? "The log ends in the middle."
+                                     : "About to execute: \"" + run.cutIn + "\"";
+    finding.text.erase(std::remove(finding.text.begin(), finding.text.end(), '\n'),
+                       finding.text.end());
+    addProblem(work, finding);
+    Problem& problem = work.summary.problems.back();
+    if (wasFlashing(run) && !run.flashes.empty()) {
+        const Flash& flash = run.flashes.back();
+        problem.adapters = "the adapter with port " + flash.mac + " may be half flashed: its " +
+                           flash.component +
+                           " was being written. Those before it are as their lines say, those "
+                           "after it are untouched.";
+        problem.next = "do not reboot; run again with -f.";
+        work.actions |= actStayUp | actForce;
+    } else if (inPass) {
+        problem.adapters = "the one with port " + run.visits.back().mac +
+                           " was at work, but no flash was going on. Those before it are as "
+                           "their lines say, those after it are untouched.";
+        problem.next = "run again, with -f because the adapter may have been stamped.";
+        work.actions |= actForce;
+    } else {
+        problem.adapters = run.operation == Operation::update || run.switches.empty()
+                               ? "not stamped and not flashed."
+                               : "the switches before this one are as their lines say.";
+        problem.next = "run again.";
+    }
+    if (run.operation == Operation::update) {
+        addOnce(work.errands,
+                std::string("Remove YB_Data1.log to YB_Data4.log in the package directory."));
+    }
+}
+
+// --- Outcome and what is left to do
+
+static Outcome outcomeOf(const Work& work) {
+    const Run& run = work.run;
+    if (run.cutOff) {
+        return Outcome::cutOff;
+    }
+    for (const Finding& finding : run.findings) {
+        if (finding.kind == LineKind::usageError) {
+            return Outcome::usageError;
+        }
+        if (finding.kind == LineKind::macsCorrected) {
+            return Outcome::rebootFirst;
+        }
+    }
+    if (run.exitStatus == 171) {
+        return Outcome::noAdapters;
+    }
+    if (run.exitStatus == 172) {
+        return Outcome::adapterDown;
+    }
+    return run.exitStatus != 0 || work.failed ? Outcome::failed : Outcome::clean;
+}
+
+static std::string join(const std::vector<std::string>& texts) {
+    std::string joined;
+    for (const std::string& text : texts) {
+        joined += (joined.empty() ? "" : ", ") + text;
+    }
+    return joined;
+}
+
+static const char* optionOf(Operation operation) {
+    switch (operation) {
+        case Operation::versions:
+            return " -v";
+        case Operation::directory:
+            return " -dir";
+        case Operation::iscsiVersions:
+            return " -iscsicfgversion";
+        case Operation::disableManagement:
+            return " -nomfw";
+        case Operation::enableNcsi:
+            return " -ncsienable";
+        case Operation::disableNcsi:
+            return " -ncsidisable";
+        default:
+            return "";
+    }
+}
+
+static void addNextRun(const Work& work, std::vector<std::string>& next) {
+    if ((work.actions & actForce) != 0) {
+        next.emplace_back("Run ./zentrix -f.");
+    } else if ((work.actions & actRunAgain) == 0) {
+        return;
+    } else if (work.run.operation == Operation::none) {
+        next.emplace_back("Run ./zentrix again as before.");
+    } else {
+        next.push_back(std::string("Run ./zentrix") + optionOf(work.run.operation) + " again.");
+    }
+}
+
+static void addNext(const Work& work) {
+    std::vector<std::string>& next = work.summary.next;
+    const bool stayUp = (work.actions & actStayUp) != 0;
+    const bool rebootFirst = (work.actions & actReboot) != 0;
+    if (stayUp) {
+        next.emplace_back("Do not reboot before the next run has ended well.");
+    }
+    if (!work.supportMacs.empty()) {
+        next.push_back("Contact Marvek support about " + join(work.supportMacs) + ".");
+    }
+    next.insert(next.end(), work.errands.begin(), work.errands.end());
+    if (!work.downMacs.empty()) {
+        next.push_back("Load a driver for " + join(work.downMacs) + ".");
+    }
+    if (rebootFirst) {
+        next.emplace_back("Reboot.");
+    }
+    addNextRun(work, next);
+    if (work.summary.rebootNeeded && !rebootFirst) {
+        next.emplace_back(stayUp ? "Then reboot." : "Reboot.");
+    }
+}
+
+static bool needsReboot(const Run& run) {
+    for (const Flash& flash : run.flashes) {
+        if (flash.outcome == FlashOutcome::rebootNeeded) {
+            return true;
+        }
+    }
+    for (const Switch& one : run.switches) {
+        if (one.outcome == SwitchOutcome::rebootNeeded) {
+            return true;
+        }
+    }
+    return false;
+}
+
+Summary summarize(const Run& run) {
+    Summary summary;
+    addPorts(run, summary);
+    addWork(run, summary);
+    Work work = {run, summary};
+    addFindings(work);
+    addNotAccepted(work);
+    addMissingBuildVersion(work);
+    addUnchanged(work);
+    addDifferingPorts(work);
+    addCutOff(work);
+    summary.rebootNeeded = needsReboot(run);
+    summary.outcome = outcomeOf(work);
+    if (summary.outcome == Outcome::rebootFirst) {
+        summary.rebootNeeded = true;
+    }
+    addNext(work);
+    return summary;
+}
+
+}  // namespace report
