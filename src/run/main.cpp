@@ -15,6 +15,7 @@
 #include "partmac/partition_mac.h"
 #include "run/command_line.h"
 #include "run/exit_status.h"
+#include "run/run_turn.h"
 #include "run/signal_guard.h"
 #include "run/standard_streams.h"
 #include "update/component_flash.h"
@@ -159,9 +160,12 @@ static ExitStatus runOnDevices(const RunFlags& flags, DeviceHeadTail** list) {
 
 static ExitStatus run(int argc, char** argv) {
     openStandardStreams();
+    const RunMode mode = processCmdLine(argc, argv);
+    if (mode != usageMode && mode != usageErrorMode) {
+        waitForTurn();
+    }
     guardSignals();
     initLogFile();
-    const RunMode mode = processCmdLine(argc, argv);
     if (mode == usageMode) {
         displayUsage();
         return exitClean;
