@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "inventory/device_table.h"
-#include "update/component_table.h"
+#include "inventory/component_table.h"
+#include "inventory/supported_device.h"
 #include "version/version_string.h"
 
 namespace fwup {
@@ -22,36 +22,46 @@ static int checkVersion(const char* text) {
     return 1;
 }
 
+// Null parts are no image's.
 static bool isImageOf(const char* name, const char* did, const char* part) {
+    if (part == nullptr) {
+        return false;
+    }
     char image[imageNameSize];
     writeImageName(image, did, part);
     return strcmp(name, image) == 0;
 }
 
 static bool isImageOfDevice(const char* name, const char* did) {
-    for (const PassComponent& component : passComponents) {
-        if (isImageOf(name, did, component.name) || isImageOf(name, did, component.vtNcsiName)) {
+    for (const Component& component : components) {
+        if (!hasTrait(&component, neverFlashed) &&
+            (isImageOf(name, did, component.name) || isImageOf(name, did, component.fcodeImage))) {
             return true;
         }
     }
-    return isImageOf(name, did, fcodeImagePart);
+    return false;
 }
 
 static void sayWhatFits(const char* name) {
     fprintf(stderr, "\"%s\" isn't named by a device ID, a component and .bin; device IDs:", name);
-    for (const char* const* did = SUPDID; *did != nullptr; did++) {
-        fprintf(stderr, " %s", *did);
+    for (const SupportedDevice* device = SUPDID; device->did != nullptr; device++) {
+        fprintf(stderr, " %s", device->did);
     }
     fprintf(stderr, "; components:");
-    for (const PassComponent& component : passComponents) {
-        fprintf(stderr, " %s", component.name);
+    for (const Component& component : components) {
+        if (!hasTrait(&component, neverFlashed)) {
+            fprintf(stderr, " %s", component.name);
+        }
+        if (component.fcodeImage != nullptr) {
+            fprintf(stderr, " %s", component.fcodeImage);
+        }
     }
-    fprintf(stderr, " %s\n", fcodeImagePart);
+    fprintf(stderr, "\n");
 }
 
 static int checkImage(const char* name) {
-    for (const char* const* did = SUPDID; *did != nullptr; did++) {
-        if (isImageOfDevice(name, *did)) {
+    for (const SupportedDevice* device = SUPDID; device->did != nullptr; device++) {
+        if (isImageOfDevice(name, device->did)) {
             return 0;
         }
     }

@@ -5,18 +5,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "inventory/supported_device.h"
+
 namespace fwup {
-
-const char* const SUPDID[] = {"3C01", "3C02", "3C03", "3C04", "3C05", "3C06", nullptr};
-
-bool is_did_supported(const char* did) {
-    for (const char* const* supported = SUPDID; *supported != nullptr; supported++) {
-        if (strcmp(did, *supported) == 0) {
-            return true;
-        }
-    }
-    return false;
-}
 
 bool is_valid_mac_address(const char* mac) {
     // strtoul alone would also take a sign.

@@ -21,12 +21,6 @@ struct DeviceRow {
 
 enum class TableState { beforeHeader, afterHeader, rows, ended };
 
-// The device IDs that this tool updates, upper case; null-terminated.
-extern const char* const SUPDID[];
-
-// True for exactly an entry of SUPDID; case counts.
-bool is_did_supported(const char* did);
-
 // True when the token begins with a hexadecimal digit and is not zero, as
 // strtoul reads it with base 16.
 bool is_valid_mac_address(const char* mac);

@@ -3,68 +3,32 @@
 #include <cstdio>
 #include <cstring>
 
-#include "inventory/chip_label.h"
+#include "inventory/component_table.h"
+#include "inventory/supported_device.h"
 #include "inventory/version_word.h"
 #include "log/command_runner.h"
+#include "log/file_util.h"
 #include "log/update_log.h"
 
 namespace fwup {
 
-using VersionMember = VersionField Device::*;
-
-// Every version that an inventory resets.
-static const VersionMember inventoryVersions[] = {
-    &Device::bootVer,  &Device::mfwVer, &Device::ipmiVer,  &Device::asfVer,
-    &Device::pxeVer,   &Device::umpVer, &Device::ncsiVer,  &Device::imfwVer,
-    &Device::iscsiVer, &Device::efiVer, &Device::fcodeVer, &Device::l2Ver,
-};
-
 // Without a line that has one of these, nothing of the port is read.
 static const char* const managementNeedles[] = {"BC1", "MFW", "MFW1", "mfw1"};
 
-constexpr int needlesPerLookup = 4;
-
-struct Lookup {
-    VersionMember version;
-    const char* needles[needlesPerLookup];  // in the order they are tried; null where fewer
-};
-
-static const Lookup lookups[] = {
-    {&Device::bootVer, {" bc1 ", " BC1 "}},
-    {&Device::mfwVer, {" mfw1 ", " MFW1 "}},
-    {&Device::ipmiVer, {" ipmi ", " IPMI "}},
-    {&Device::umpVer, {" UMP "}},
-    {&Device::pxeVer, {" mba ", " MBA "}},
-    {&Device::ncsiVer, {"NCSI", "NCSI_E", "NCSI_C", "NCSI_X"}},
-    {&Device::iscsiVer, {"ISCSI"}},
-    {&Device::efiVer, {"EFI"}},
-    {&Device::fcodeVer, {"FCODE"}},
-    {&Device::l2Ver, {"L2T"}},
-};
-constexpr size_t lookupCount = sizeof lookups / sizeof lookups[0];
-
-static FILE* openInventory(const Device* device) {
-    FILE* inventory = fopen(device->mac, "r");
+static FILE* openInventory(const char* mac) {
+    FILE* inventory = fopen(mac, "r");
     if (inventory == nullptr) {
-        writeMessage(true, "Error 9: Cannot access %s information file.\n", device->mac);
+        writeMessage(true, "Error 9: Cannot access %s information file.\n", mac);
     }
     return inventory;
 }
 
 bool IsFwTypePresent(const Device* device, const char* needle, char* line) {
-    FILE* inventory = openInventory(device);
-    if (inventory == nullptr) {
-        return false;
-    }
     char piece[inventoryLineSize];
-    bool found = false;
-    while (!found && fgets(piece, sizeof piece, inventory) != nullptr) {
-        found = strstr(piece, needle) != nullptr;
-    }
+    const bool found = findLineAndClose(openInventory(device->mac), needle, piece, sizeof piece);
     if (found) {
         memcpy(line, piece, strlen(piece) + 1);
     }
-    fclose(inventory);
     return found;
 }
 
@@ -78,33 +42,34 @@ static bool hasManagementFirmware(const Device* device) {
     return false;
 }
 
-// The line that one lookup has selected so far.
+// The line that one component has selected so far.
 struct SelectedLine {
-    int needle;  // its place in the lookup; needlesPerLookup when there is no line
+    int needle;  // its place among the component's; needlesPerComponent when there is no line
     char text[inventoryLineSize];
 };
 
 // Of two lines, that of the earlier needle counts; of one needle's, the first.
-static void offerPiece(const Lookup& lookup, const char* piece, SelectedLine* selected) {
+static void offerPiece(const Component& component, const char* piece, SelectedLine* selected) {
     for (int i = 0; i < selected->needle; i++) {
-        if (lookup.needles[i] != nullptr && strstr(piece, lookup.needles[i]) != nullptr) {
+        const char* needle = component.needles[i];
+        if (needle != nullptr && strstr(piece, needle) != nullptr) {
             selected->needle = i;
             memcpy(selected->text, piece, strlen(piece) + 1);
         }
     }
 }
 
-// Selects the lines of all lookups in one reading: hundreds of ports with a
-// dozen lookups each would open their files ten thousand times.
-static void selectLines(const Device* device, SelectedLine (&selected)[lookupCount]) {
+// Selects the lines of all components in one reading: hundreds of ports with a
+// dozen components each would open their files ten thousand times.
+static void selectLines(const Device* device, SelectedLine (&selected)[componentCount]) {
     for (SelectedLine& line : selected) {
-        line.needle = needlesPerLookup;
+        line.needle = needlesPerComponent;
     }
-    FILE* inventory = openInventory(device);
+    FILE* inventory = openInventory(device->mac);
     char piece[inventoryLineSize];
     while (inventory != nullptr && fgets(piece, sizeof piece, inventory) != nullptr) {
-        for (size_t i = 0; i < lookupCount; i++) {
-            offerPiece(lookups[i], piece, &selected[i]);
+        for (size_t i = 0; i < componentCount; i++) {
+            offerPiece(components[i], piece, &selected[i]);
         }
     }
     if (inventory != nullptr) {
@@ -121,31 +86,31 @@ static void setMbaFlags(Device* device, const char* line) {
     }
 }
 
-static void readVersion(Device* device, const Lookup& lookup, char* line) {
-    if (lookup.version == &Device::pxeVer) {
+static void readVersion(Device* device, const Component& component, char* line) {
+    if (hasTrait(&component, hasMbaFlags)) {
         setMbaFlags(device, line);
     }
     size_t length = 0;
     if (findVersionWord(line, &length) != nullptr) {
         parseForVersion(line);
-        setVersion(device->*lookup.version, line);
+        setVersion(device->*component.version, line);
     }
 }
 
 void readInventory(Device* device) {
-    for (const VersionMember version : inventoryVersions) {
-        setVersion(device->*version, "NA");
+    for (const Component& component : components) {
+        setVersion(device->*component.version, "NA");
     }
     convertDIDtoName(device->didStr, device->chipName);
     device->hasMgmtFw = hasManagementFirmware(device) ? 1 : 0;
     if (device->hasMgmtFw == 0) {
         return;
     }
-    SelectedLine selected[lookupCount];
+    SelectedLine selected[componentCount];
     selectLines(device, selected);
-    for (size_t i = 0; i < lookupCount; i++) {
-        if (selected[i].needle < needlesPerLookup) {
-            readVersion(device, lookups[i], selected[i].text);
+    for (size_t i = 0; i < componentCount; i++) {
+        if (selected[i].needle < needlesPerComponent) {
+            readVersion(device, components[i], selected[i].text);
         }
     }
 }
@@ -155,6 +120,16 @@ void getFwVersions(DeviceHeadTail* list, const char* flashTool) {
         runCommand("%s %s dir >%s", flashTool, device->mac, device->mac);
         readInventory(device);
     }
+}
+
+void write_device_info_file_to_log(const char* fileName, bool echo) {
+    FILE* inventory = openInventory(fileName);
+    if (inventory == nullptr) {
+        return;
+    }
+    writeMessage(echo, "\n\nDirectory information for %s\n", fileName);
+    copyFileToLog(inventory, echo);
+    fclose(inventory);
 }
 
 }  // namespace fwup

@@ -23,4 +23,8 @@ void readInventory(Device* device);
 // opened, which is reported.
 bool IsFwTypePresent(const Device* device, const char* needle, char* line);
 
+// Copies a port's inventory file, under a heading, to the log and, with
+// `echo`, to the console. A file that cannot be opened is reported on both.
+void write_device_info_file_to_log(const char* fileName, bool echo);
+
 }  // namespace fwup

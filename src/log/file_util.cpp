@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace fwup {
 
@@ -27,6 +28,18 @@ bool is_file_present(const char* name) {
     char path[255];
     snprintf(path, sizeof path, "/tmp/%s", name);
     return file_exists(path);
+}
+
+bool findLineAndClose(FILE* file, const char* needle, char* line, int size) {
+    if (file == nullptr) {
+        return false;
+    }
+    bool found = false;
+    while (!found && fgets(line, size, file) != nullptr) {
+        found = strstr(line, needle) != nullptr;
+    }
+    fclose(file);
+    return found;
 }
 
 }  // namespace fwup

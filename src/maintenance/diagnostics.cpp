@@ -56,17 +56,6 @@ void perform_crc_check(const DeviceHeadTail* list, const char* flashTool) {
     deleteFile("y");
 }
 
-void write_device_info_file_to_log(const char* fileName, bool echo) {
-    FILE* file = fopen(fileName, "r");
-    if (file == nullptr) {
-        writeMessage(true, "Error 9: Cannot access %s information file.\n", fileName);
-        return;
-    }
-    writeMessage(echo, "\n\nDirectory information for %s\n", fileName);
-    copyFileToLog(file, echo);
-    fclose(file);
-}
-
 void perform_dir_command(const DeviceHeadTail* list) {
     for (const Device* device = firstDevice(list); device != nullptr; device = device->next) {
         write_device_info_file_to_log(device->mac, true);

@@ -13,10 +13,6 @@ bool create_yes_response_file();
 // reports each outcome. A port without driver is reported and not checked.
 void perform_crc_check(const DeviceHeadTail* list, const char* flashTool);
 
-// Copies a port's inventory file, under a heading, to the log and, with
-// `echo`, to the console. A file that cannot be opened is reported on both.
-void write_device_info_file_to_log(const char* fileName, bool echo);
-
 // Shows every port's inventory file.
 void perform_dir_command(const DeviceHeadTail* list);
 

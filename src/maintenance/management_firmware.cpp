@@ -4,10 +4,15 @@
 #include <cstring>
 
 #include "log/command_runner.h"
-#include "log/exit_code.h"
+#include "log/flash_tool_code.h"
 #include "log/update_log.h"
 
 namespace fwup {
+
+uint8_t bool_set_ncsi = 0;
+
+// NCSI answers to the generic switch.
+static constexpr char ncsiSwitch[] = "mgmt";
 
 struct ManagementComponent {
     VersionField Device::*version;
@@ -15,11 +20,11 @@ struct ManagementComponent {
     const char* cfgSwitch;
 };
 
-// In the order they are turned off. NCSI answers to the generic switch.
+// In the order they are turned off.
 static const ManagementComponent managementComponents[] = {
     {&Device::ipmiVer, "IPMI", "ipmi"},
     {&Device::umpVer, "UMP", "ump"},
-    {&Device::ncsiVer, "NCSI", "mgmt"},
+    {&Device::ncsiVer, "NCSI", ncsiSwitch},
 };
 
 // An empty field counts as listed.
@@ -38,27 +43,33 @@ static int runCfg(const Device* device, const char* flashTool, const char* cfgSw
         runCommand("%s %s cfg -%s %d >>%s", flashTool, device->mac, cfgSwitch, value, szFwuplog));
 }
 
-void disable_management_firmware_log(int code, const char* component, const char* mac) {
+// Shows the outcome and logs a success. False for a failure, whose message
+// follows. `stem` is that of the verb, in the case that the message has it.
+static bool reportSuccess(int code, const char* stem, const char* component, const char* mac) {
     switch (code) {
         case codeSuccess:
             writeMessage(false,
-                         "*** Successfully disabled management firmware (%s) on device %s ***\n\n",
-                         component, mac);
+                         "*** Successfully %sed management firmware (%s) on device %s ***\n\n",
+                         stem, component, mac);
             puts("\t---> successful");
-            break;
+            return true;
         case codeRebootRequired:
             writeMessage(
                 false,
-                "*** Successfully disabled management firmware (%s) on device %s (reboot required) ***\n\n",
-                component, mac);
+                "*** Successfully %sed management firmware (%s) on device %s (reboot required) ***\n\n",
+                stem, component, mac);
             puts("\t---> successful (reboot required)");
-            break;
+            return true;
         default:
             puts("\t---> failed");
-            writeMessage(false,
-                         " !!! Error disabling management firmware (%s) on device %s !!!\n\n",
-                         component, mac);
-            break;
+            return false;
+    }
+}
+
+void disable_management_firmware_log(int code, const char* component, const char* mac) {
+    if (!reportSuccess(code, "disabl", component, mac)) {
+        writeMessage(false, " !!! Error disabling management firmware (%s) on device %s !!!\n\n",
+                     component, mac);
     }
 }
 
@@ -77,29 +88,6 @@ void disableManagementFirmware(const DeviceHeadTail* list, const char* flashTool
     }
 }
 
-static void reportNcsi(int code, const char* stem, const char* mac) {
-    switch (code) {
-        case codeSuccess:
-            writeMessage(false,
-                         "*** Successfully %sed management firmware (NCSI) on device %s ***\n\n",
-                         stem, mac);
-            puts("\t---> successful");
-            break;
-        case codeRebootRequired:
-            writeMessage(
-                false,
-                "*** Successfully %sed management firmware (NCSI) on device %s (reboot required) ***\n\n",
-                stem, mac);
-            puts("\t---> successful (reboot required)");
-            break;
-        default:
-            puts("\t---> failed");
-            writeMessage(false, " !!! Error %sing management firmware (NSCI) on device %s !!!\n\n",
-                         stem, mac);
-            break;
-    }
-}
-
 void set_ncsi_firmware(const DeviceHeadTail* list, const char* flashTool, bool enable) {
     const char* stem = enable ? "Enabl" : "Disabl";
     for (const Device* device = firstDevice(list); device != nullptr; device = device->next) {
@@ -108,7 +96,11 @@ void set_ncsi_firmware(const DeviceHeadTail* list, const char* flashTool, bool e
         }
         writeMessage(true, "%sing management firmware (NCSI) for %s", stem, device->mac);
         endProgressLine();
-        reportNcsi(runCfg(device, flashTool, "mgmt", enable ? 1 : 0), stem, device->mac);
+        const int code = runCfg(device, flashTool, ncsiSwitch, enable ? 1 : 0);
+        if (!reportSuccess(code, stem, "NCSI", device->mac)) {
+            writeMessage(false, " !!! Error %sing management firmware (NSCI) on device %s !!!\n\n",
+                         stem, device->mac);
+        }
     }
 }
 

@@ -2,9 +2,14 @@
 // verb. Nothing is flashed; outcomes are reported and the walk goes on.
 #pragma once
 
+#include <cstdint>
+
 #include "inventory/device_list.h"
 
 namespace fwup {
+
+// 1 in a run that turns NCSI on or off.
+extern uint8_t bool_set_ncsi;
 
 // Turns off IPMI, UMP and NCSI where a port's inventory shows them.
 void disableManagementFirmware(const DeviceHeadTail* list, const char* flashTool);

@@ -1,6 +1,5 @@
 // The run: one flat sequence of steps, each of which belongs to a room of its
 // own.
-#include <cstdint>
 #include <cstdio>
 
 #include "inventory/check_list.h"
@@ -14,47 +13,51 @@
 #include "maintenance/management_firmware.h"
 #include "partmac/partition_mac.h"
 #include "run/command_line.h"
-#include "run/exit_status.h"
 #include "run/run_turn.h"
 #include "run/signal_guard.h"
 #include "run/standard_streams.h"
 #include "update/component_flash.h"
+#include "update/exit_status.h"
 #include "update/update_pass.h"
 
 namespace fwup {
 
-static const char* const pVer = "1.0.64";
+static const char* const pVer = ZENTRIX_VERSION;
 static const char* const family = "Veltrasia II";
 
-// 1 when the mode switches NCSI, on or off.
-static uint8_t bool_set_ncsi = 0;
-
-// The operation of the report and maintenance modes; none of them set means an
-// update.
-struct RunFlags {
-    uint8_t showVersions;
-    uint8_t disableMfw;
-    uint8_t crcMode;
-    uint8_t ncsiEnable;
-    uint8_t dirMode;
-    uint8_t iscsiVersions;
-};
-
-static RunFlags setFlags(RunMode mode) {
-    RunFlags flags = {};
-    bSilent = mode == silentUpdate || mode == silentForcedUpdate;
-    bForce = mode == forcedUpdate || mode == silentForcedUpdate || mode == iscsiConfigUpdate ||
-             mode == vtNcsiUpdate;
-    bool_set_ncsi = mode == ncsiEnableMode || mode == ncsiDisableMode;
-    bool_iscsi_fix = mode == iscsiConfigUpdate;
-    bool_vt_ncsi = mode == vtNcsiUpdate;
-    flags.showVersions = mode == versionsMode;
-    flags.disableMfw = mode == disableMfwMode;
-    flags.crcMode = mode == crcCheckMode;
-    flags.ncsiEnable = mode == ncsiEnableMode;
-    flags.dirMode = mode == directoryMode;
-    flags.iscsiVersions = mode == iscsiVersionsMode;
-    return flags;
+// The flags are clear at the start of the process. A mode without a branch does
+// not compile: it would run with the flags of a plain update.
+static void setFlags(RunMode mode) {
+    switch (mode) {
+        case silentUpdate:
+            bSilent = 1;
+            break;
+        case forcedUpdate:
+            bForce = 1;
+            break;
+        case silentForcedUpdate:
+            bSilent = bForce = 1;
+            break;
+        case ncsiEnableMode:
+        case ncsiDisableMode:
+            bool_set_ncsi = 1;
+            break;
+        case iscsiConfigUpdate:
+            bool_iscsi_fix = bForce = 1;
+            break;
+        case vtNcsiUpdate:
+            bool_vt_ncsi = bForce = 1;
+            break;
+        case defaultUpdate:
+        case versionsMode:
+        case usageMode:
+        case usageErrorMode:
+        case disableMfwMode:
+        case crcCheckMode:
+        case directoryMode:
+        case iscsiVersionsMode:
+            break;
+    }
 }
 
 static void logTitle() {
@@ -92,16 +95,9 @@ static void showUpdatedVersions(char* flashTool) {
     releaseList(&list);
 }
 
-// A pass without build version (-1) has failed at nothing and counts as clean.
+// A pass without build version has failed at nothing and counts as clean.
 static ExitStatus exitStatusOfPass(int status) {
-    switch (status) {
-        case passFailed:
-            return exitErrors;
-        case passAdapterDown:
-            return exitAdapterDown;
-        default:
-            return exitClean;
-    }
+    return status == passNoBuildVersion ? exitClean : static_cast<ExitStatus>(status);
 }
 
 static ExitStatus runUpdate(DeviceHeadTail** list, char* flashTool) {
@@ -120,26 +116,46 @@ static ExitStatus runUpdate(DeviceHeadTail** list, char* flashTool) {
 }
 
 // One operation, as the mode asks; failures of a report or a maintenance
-// operation do not change the exit status.
-static ExitStatus runOperation(const RunFlags& flags, DeviceHeadTail** list, char* flashTool) {
-    if (flags.iscsiVersions != 0) {
-        display_iscsicfg_versions(*list);
-    } else if (flags.dirMode != 0) {
-        perform_dir_command(*list);
-    } else if (flags.showVersions != 0) {
-        displayFwVersions(*list);
-    } else if (flags.disableMfw != 0) {
-        disableManagementFirmware(*list, flashTool);
-    } else if (bool_set_ncsi != 0) {
-        set_ncsi_firmware(*list, flashTool, flags.ncsiEnable != 0);
-    } else if (flags.crcMode == 0) {
-        return runUpdate(list, flashTool);
+// operation do not change the exit status. A mode without a branch does not
+// compile: falling through to the update would flash every adapter.
+static ExitStatus runOperation(RunMode mode, DeviceHeadTail** list, char* flashTool) {
+    switch (mode) {
+        case defaultUpdate:
+        case silentUpdate:
+        case forcedUpdate:
+        case silentForcedUpdate:
+        case iscsiConfigUpdate:
+        case vtNcsiUpdate:
+            return runUpdate(list, flashTool);
+        case versionsMode:
+            displayFwVersions(*list);
+            break;
+        case disableMfwMode:
+            disableManagementFirmware(*list, flashTool);
+            break;
+        case ncsiEnableMode:
+        case ncsiDisableMode:
+            set_ncsi_firmware(*list, flashTool, mode == ncsiEnableMode);
+            break;
+        case directoryMode:
+            perform_dir_command(*list);
+            break;
+        case iscsiVersionsMode:
+            display_iscsicfg_versions(*list);
+            break;
+        case crcCheckMode:
+            // Discovery and inventory are all that this mode does.
+            break;
+        case usageMode:
+        case usageErrorMode:
+            // These have ended before discovery.
+            break;
     }
     releaseList(list);
     return exitClean;
 }
 
-static ExitStatus runOnDevices(const RunFlags& flags, DeviceHeadTail** list) {
+static ExitStatus runOnDevices(RunMode mode, DeviceHeadTail** list) {
     char flashTool[flashToolSize] = "";
     *list = getDevices(family, flashTool);
     if (*list == nullptr) {
@@ -155,7 +171,7 @@ static ExitStatus runOnDevices(const RunFlags& flags, DeviceHeadTail** list) {
     }
     resetCheckList();
     RefineTheList(*list);
-    return runOperation(flags, list, flashTool);
+    return runOperation(mode, list, flashTool);
 }
 
 static ExitStatus run(int argc, char** argv) {
@@ -170,7 +186,7 @@ static ExitStatus run(int argc, char** argv) {
         displayUsage();
         return exitClean;
     }
-    const RunFlags flags = setFlags(mode);
+    setFlags(mode);
     logTitle();
     if (mode == usageErrorMode) {
         writetoLog("Error! Incorrect usage of command line parameters.\n", true);
@@ -183,7 +199,7 @@ static ExitStatus run(int argc, char** argv) {
         return exitErrors;
     }
     DeviceHeadTail* list = nullptr;
-    const ExitStatus result = runOnDevices(flags, &list);
+    const ExitStatus result = runOnDevices(mode, &list);
     deleteFile("q");
     releaseList(&list);
     return result;

@@ -4,12 +4,13 @@
 #include <cstdlib>
 
 #include "inventory/check_list.h"
+#include "inventory/component_table.h"
 #include "log/command_runner.h"
-#include "log/exit_code.h"
+#include "log/flash_tool_code.h"
 #include "log/update_log.h"
 #include "maintenance/diagnostics.h"
 #include "update/component_flash.h"
-#include "update/component_table.h"
+#include "update/exit_status.h"
 #include "update/yb_repair.h"
 #include "version/build_stamp.h"
 
@@ -38,16 +39,17 @@ static void deleteIscsiBlocks(const Device* device, const char* flashTool) {
 }
 
 static int flashComponents(const Device* device, const char* flashTool, int status) {
-    for (const PassComponent& component : passComponents) {
-        if (!isPresent(device->*component.version)) {
+    for (const Component& component : components) {
+        if (hasTrait(&component, neverFlashed) || !isPresent(device->*component.version)) {
             continue;
         }
-        if (component.version == &Device::iscsiVer && bool_iscsi_fix != 0) {
+        if (hasTrait(&component, replacesIscsiBlocks) && bool_iscsi_fix != 0) {
             deleteIscsiBlocks(device, flashTool);
         }
-        const char* name = bool_vt_ncsi == 1 ? component.vtNcsiName : component.name;
+        const bool isReplaced = bool_vt_ncsi == 1 && component.vtNcsiName != nullptr;
+        const char* name = isReplaced ? component.vtNcsiName : component.name;
         if (!updateFirmware(device, name, flashTool)) {
-            status = passFailed;
+            status = exitErrors;
         }
     }
     return status;
@@ -60,7 +62,7 @@ static int flashIfEligible(const Device* device, const char* flashTool, int stat
         }
         writeMessage(false, "!!! Error updating firmware on %s, adapter is down !!!\n",
                      device->mac);
-        return passAdapterDown;
+        return exitAdapterDown;
     }
     if (is_valid_firmware(device) == 2) {
         if (bSilent != 1) {
@@ -70,7 +72,7 @@ static int flashIfEligible(const Device* device, const char* flashTool, int stat
             false,
             "!!! Error updating firmware on %s because the installed firmware is corrupted. Contact Marvek support. !!!\n",
             device->mac);
-        return passFailed;
+        return exitErrors;
     }
     return flashComponents(device, flashTool, status);
 }
@@ -85,7 +87,7 @@ static bool stampDevice(const Device* device, const char* flashTool, int* status
     }
     printf("\n\nBuild Version is %s\n\n", buildVer);
     if (memorizeVPDVOForAdapter(device, flashTool) != 0) {
-        *status = passFailed;
+        *status = exitErrors;
         return false;
     }
     writeVPDV0ForAdapter(device, flashTool, buildVer);
@@ -118,9 +120,9 @@ static bool updateDevice(const Device* device, const char* flashTool, const char
         return false;
     }
     *status = flashIfEligible(device, flashTool, *status);
-    if (*status != passClean) {
+    if (*status != exitClean) {
         if (!checkOneDevice(device, flashTool, family)) {
-            *status = passFailed;
+            *status = exitErrors;
             return false;
         }
     } else {
@@ -132,7 +134,7 @@ static bool updateDevice(const Device* device, const char* flashTool, const char
 
 int updateDevices(const DeviceHeadTail* list, const char* flashTool, const char* family) {
     writeMessage(true, "\nUpdating Kelvane %s adapters.\n", family);
-    int status = passClean;
+    int status = exitClean;
     for (const Device* device = firstDevice(list); device != nullptr; device = device->next) {
         if (IsUpdatedBefore(device->pciBus)) {
             continue;

@@ -13,15 +13,13 @@ extern uint8_t bool_iscsi_fix;
 // 1 to flash the "ncsi" image in place of "imfw".
 extern uint8_t bool_vt_ncsi;
 
-// The status of a pass. Each failure overwrites the one before.
-constexpr int passClean = 0;
-constexpr int passFailed = 1;
-constexpr int passAdapterDown = 172;
 constexpr int passNoBuildVersion = -1;
 
 // Stamps and flashes the adapters of the list. The check list must hold their
-// buses. Returns the pass status; passNoBuildVersion and a stamp that cannot
-// be read (passFailed) end the pass at once. `family` appears in messages.
+// buses. Returns the pass status: exitClean, exitErrors or exitAdapterDown,
+// each failure overwriting the one before, or passNoBuildVersion, which ends
+// the pass at once, as does a stamp that cannot be read (exitErrors). `family`
+// appears in messages.
 int updateDevices(const DeviceHeadTail* list, const char* flashTool, const char* family);
 
 }  // namespace fwup

@@ -4,7 +4,8 @@
 #include <cstring>
 
 #include "log/command_runner.h"
-#include "log/exit_code.h"
+#include "log/file_util.h"
+#include "log/flash_tool_code.h"
 #include "log/update_log.h"
 #include "update/yb_text.h"
 
@@ -59,20 +60,6 @@ static bool readYbField(const Device* device, const YbVariant& variant, const ch
     return status == 0 || !variant.readMustSucceed;
 }
 
-// The first line of the data file that contains "VPD"; false when it has none.
-static bool findYbLine(const char* dataFile, char (&line)[ybLineSize]) {
-    FILE* data = fopen(dataFile, "r");
-    if (data == nullptr) {
-        return false;
-    }
-    bool found = false;
-    while (!found && fgets(line, sizeof line, data) != nullptr) {
-        found = strstr(line, "VPD") != nullptr;
-    }
-    fclose(data);
-    return found;
-}
-
 static void fixYbField(const Device* device, const YbVariant& variant, const char* flashTool) {
     printf("YB fix is being applied Fix for %s \n", device->mac);
     char value[ybTextSize];
@@ -95,7 +82,8 @@ static void fixYbField(const Device* device, const YbVariant& variant, const cha
 
 static void checkYbField(const Device* device, const YbVariant& variant, const char* flashTool) {
     char line[ybLineSize];
-    if (!readYbField(device, variant, flashTool) || !findYbLine(variant.dataFile, line)) {
+    if (!readYbField(device, variant, flashTool) ||
+        !findLineAndClose(fopen(variant.dataFile, "r"), "VPD", line, sizeof line)) {
         return;
     }
     writetoLog(line, false);

@@ -4,15 +4,16 @@
 #include <cstdio>
 #include <cstring>
 
+#include "inventory/firmware_inventory.h"
 #include "log/command_runner.h"
+#include "log/file_util.h"
 #include "log/update_log.h"
-#include "maintenance/diagnostics.h"
 #include "version/stamp_line.h"
 #include "version/version_string.h"
 
 namespace fwup {
 
-const char* getBuildVer() {
+char* getBuildVer() {
     static char buildVer[50];
     memset(buildVer, 0, sizeof buildVer);
     FILE* file = fopen("BuildVersion.txt", "r");
@@ -34,7 +35,7 @@ const char* getBuildVer() {
     return buildVer;
 }
 
-const char* getVPDV0TempFileName(const Device* device) {
+char* getVPDV0TempFileName(const Device* device) {
     static char name[128];
     memset(name, 0, sizeof name);
     if (device != nullptr) {
@@ -98,16 +99,8 @@ void writeVPDV0ForAdapter(const Device* device, const char* flashTool, const cha
 // The value of the saved file's first stamp line; false when it has none.
 static bool readSavedStamp(const Device* device, char* onCard) {
     FILE* saved = fopen(getVPDV0TempFileName(device), "r");
-    if (saved == nullptr) {
-        return false;
-    }
     char line[254];
-    bool found = false;
-    while (!found && fgets(line, sizeof line, saved) != nullptr) {
-        found = isStampLine(line);
-    }
-    fclose(saved);
-    return found && readStampValue(line, onCard);
+    return findLineAndClose(saved, stampMarker, line, sizeof line) && readStampValue(line, onCard);
 }
 
 int isDeviceToBeUpdatedForVPDV0Comparison(const Device* device, const char* flashTool) {

@@ -10,11 +10,11 @@ namespace fwup {
 // The first line of BuildVersion.txt, at most 48 characters, without its line
 // feed; null, after a message on standard error, when the file cannot be
 // opened. The text is static: it stands until the next call.
-const char* getBuildVer();
+char* getBuildVer();
 
 // The name of the file that keeps a card's old stamp during its update; ""
 // for a null device. The text is static: it stands until the next call.
-const char* getVPDV0TempFileName(const Device* device);
+char* getVPDV0TempFileName(const Device* device);
 
 // Saves the card's VPD-V0 as it is now. 0, or 1 when the utility failed or an
 // argument is null.

@@ -7,10 +7,6 @@
 
 namespace fwup {
 
-bool isStampLine(const char* line) {
-    return strstr(line, "VPD (V0):") != nullptr;
-}
-
 bool readStampValue(const char* line, char* value) {
     char work[stampValueSize];
     snprintf(work, sizeof work, "%.63s", line);

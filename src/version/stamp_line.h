@@ -7,8 +7,8 @@ namespace fwup {
 // Room for the part of the line that counts: its first 63 characters.
 constexpr int stampValueSize = 64;
 
-// True when `line` holds the stamp, anywhere and in this case.
-bool isStampLine(const char* line);
+// What makes a line the stamp's, anywhere and in this case.
+inline constexpr char stampMarker[] = "VPD (V0):";
 
 // Copies the second of the line's fields between colons, trimmed, into `value`
 // (stampValueSize bytes). Runs of colons separate once. False when there is no

@@ -40,7 +40,7 @@ page_options() {
 }
 
 program_statuses() {
-    sed -nE 's/^ *exit[A-Za-z]+ = ([0-9]+),.*/\1/p' "$tree/src/run/exit_status.h"
+    sed -nE 's/^ *exit[A-Za-z]+ = ([0-9]+),.*/\1/p' "$tree/src/update/exit_status.h"
 }
 
 page_statuses() {
@@ -48,7 +48,8 @@ page_statuses() {
 }
 
 program_devices() {
-    sed -n '/ SUPDID\[\]/,/;/p' "$tree/src/inventory/device_table.cpp" | grep -oE '[0-9A-F]{4}'
+    sed -n '/ SUPDID\[\]/,/;/p' "$tree/src/inventory/supported_device.cpp" |
+        grep -oE '\{"[0-9A-F]{4}"' | tr -d '{"'
 }
 
 page_devices() {

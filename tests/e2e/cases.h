@@ -19,10 +19,17 @@
 //   "commands"   for a word, all commands that contain it, in order
 //   "left"       the files left in the package directory (default: none)
 //   "after"      places of adapters.json and their values after the run
+//   "holds"      files, by their full path, and what is in them after the run
 //   "transcript" the file in tests/golden that holds its console and log
 //   "then"       a further run in the same package, with the same keys
 // "${NAME}" stands for a text of texts.json, or for one of the case's own: with
 // a list "with" of such sets of texts the case is run once for each.
+// "${version}" is the program's.
+//
+// A text of several lines is a list of them, without anything between: in
+// texts.json, for "says", and for each part of "shows", "prints" and "logs".
+// So a line of a file holds one command or one message, and what needs no line
+// of its own shares one up to column 100.
 #pragma once
 
 namespace e2e {

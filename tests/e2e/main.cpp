@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "cases.h"
-#include "harness.h"
+#include "support.h"
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
@@ -9,5 +9,6 @@ int main(int argc, char** argv) {
         return 1;
     }
     e2e::registerCases();
+    e2e::explainFailures();
     return RUN_ALL_TESTS();
 }

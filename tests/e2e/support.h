@@ -11,6 +11,13 @@ namespace e2e {
 // A log's first lines.
 inline const std::string header = "Kelvane Firmware Update Log.\n\n";
 
+// Runs the program, and keeps the result for the report on a test that fails.
+Result watchedRun(const Texts& arguments, const std::function<void()>& prepare = {});
+
+// Makes each test that fails explain itself: the runs that it failed at, with
+// console and end of the log, its place, and the command that repeats it alone.
+void explainFailures();
+
 // Runs the program and expects that log and console tell the same commands
 // with the same outcomes, that every command has one, and that no file is left
 // in the package directory but `left`.

@@ -3,6 +3,7 @@
 
 #include "fuzz_io.h"
 #include "inventory/device_table.h"
+#include "inventory/supported_device.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FILE* listing = openInput(data, size);

@@ -75,7 +75,7 @@ refused "lacks the permission: not-executable" --flash-tool not-executable
 refused "neither a program nor a script: no-program" --flash-tool no-program
 
 count=0
-for wrong in 3C07bc.bin 3c01bc.bin 3C01BC.bin 3C01efi.bin 3C01.bin 3C01bc 3C01bc.bin.orig README \
+for wrong in 3CFFbc.bin 3c01bc.bin 3C01BC.bin 3C01efi.bin 3C01.bin 3C01bc 3C01bc.bin.orig README \
     .hidden; do
     count=$((count + 1))
     directory wrong$count 3C01bc.bin "$wrong"

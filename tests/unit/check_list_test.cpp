@@ -1,10 +1,10 @@
 #include "inventory/check_list.h"
 
-#include "sandbox.h"
+#include "fixture.h"
 
 namespace fwup {
 
-using CheckList = Sandbox;
+using CheckList = Fixture;
 
 static void registerBus(int bus) {
     const Ports ports({makePort("", 1, bus)});

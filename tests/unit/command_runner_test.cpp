@@ -1,11 +1,11 @@
 #include "log/command_runner.h"
 
+#include "fixture.h"
 #include "log/update_log.h"
-#include "sandbox.h"
 
 namespace fwup {
 
-using CommandRunner = Sandbox;
+using CommandRunner = Fixture;
 
 TEST_F(CommandRunner, ReportsTheExitCodeEvenWhenSilent) {
     const std::pair<int, const char*> rows[] = {{0, "0"}, {24320, "95"}, {255, "0"}, {-1, "0"}};

@@ -1,16 +1,16 @@
 #include "update/component_flash.h"
 
-#include "sandbox.h"
+#include "fixture.h"
 
 namespace fwup {
 
-using ComponentFlash = Sandbox;
+using ComponentFlash = Fixture;
 
 // Flashes a component of a port with this inventory. Every image is there, and a backup that some
 // earlier run left.
 static bool flash(const std::string& inventory, const std::string& component, bool hasMgmtFw,
                   int status) {
-    Sandbox::restart();
+    Fixture::restart();
     for (const std::string& image : split("bc mfw1 ipmi asf mba mbaf l2t ump ncsi imfw ib", ' ')) {
         writeFile("3C01" + image + ".bin", "");
     }

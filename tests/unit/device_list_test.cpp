@@ -1,11 +1,11 @@
 #include "inventory/device_list.h"
 
+#include "fixture.h"
 #include "inventory/discovery.h"
-#include "sandbox.h"
 
 namespace fwup {
 
-using DeviceList = Sandbox;
+using DeviceList = Fixture;
 
 TEST_F(DeviceList, LeavesOutAPortThatCannotBeAllocated) {
     const std::string message = "Error! Unable to create resources for device M2.\n";

@@ -1,7 +1,7 @@
 #include "inventory/device_table.h"
 
-#include "inventory/chip_label.h"
-#include "sandbox.h"
+#include "fixture.h"
+#include "inventory/supported_device.h"
 
 namespace fwup {
 
@@ -14,7 +14,7 @@ TEST(DeviceTable, KeepsTheSupportedPortsOfTheFirstTable) {
         {"MAC MAC\n MAC \nQuit\n2 3C02 0B\n", "3C02=0B "},
         {top + "1 3C01 0A Quit\n2 3C02 0B\n", ""},
         {top + "2 3C02 0B\nQuit\n" + top + "3 3C03 0C\n", "3C02=0B "},
-        {top + "1 3c01 0A\n2 3C07 0B\n3 3C0 1\n4 3C011 1\n", ""},
+        {top + "1 3c01 0A\n2 3CFF 0B\n3 3C0 1\n4 3C011 1\n", ""},
         {top + "1 3C01 000000000000\n2 3C02 00GG\n3 3C03 G2\n4 3C04 -2\n5 3C05 +2\n", ""},
         {top + "1 3C01\n\n2 3C02 0B\n", "3C02=0B "},
         {top + "1 3C01 02000000000001\n2 3C02 020000000000002\n", "3C01=02000000000001 "},
@@ -35,9 +35,9 @@ TEST(DeviceTable, KeepsTheSupportedPortsOfTheFirstTable) {
 
 TEST(ChipLabel, EverySupportedDeviceHasOneOfFourOrFiveCharacters) {
     char label[8] = "";
-    for (const char* const* did = SUPDID; *did != nullptr; did++) {
-        convertDIDtoName(*did, label);
-        EXPECT_EQ(std::string(label).size() / 2, 2U) << *did << ": " << label;
+    for (const SupportedDevice* device = SUPDID; device->did != nullptr; device++) {
+        convertDIDtoName(device->did, label);
+        EXPECT_EQ(std::string(label).size() / 2, 2U) << device->did << ": " << label;
     }
     convertDIDtoName("13C01", label);
     EXPECT_STREQ(label, "unknown");

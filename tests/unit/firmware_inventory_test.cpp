@@ -1,11 +1,11 @@
 #include "inventory/firmware_inventory.h"
 
+#include "fixture.h"
 #include "inventory/version_word.h"
-#include "sandbox.h"
 
 namespace fwup {
 
-using FirmwareInventory = Sandbox;
+using FirmwareInventory = Fixture;
 
 TEST(VersionWord, FollowsTheLastDelimiter) {
     const char* const words =
@@ -32,9 +32,9 @@ static std::string takeInventory() {
     std::string text = port.hasMgmtFw != 0 ? "mgmt " : "";
     text += port.mbaLegacy != 0 ? "legacy " : "";
     text += port.mbaHostClp != 0 ? "clp " : "";
-    for (const Component& component : components) {
-        const std::string version = port.*component.version;
-        text += version == "NA" ? "" : component.name + version + " ";
+    for (const NamedField& field : namedFields) {
+        const std::string version = port.*field.version;
+        text += version == "NA" ? "" : field.name + version + " ";
     }
     return text;
 }
@@ -55,6 +55,9 @@ TEST_F(FirmwareInventory, ReadsVersionsAndFlagsFromTheListing) {
         {"MFW\n HOSTPCI30_CLP x MBA v1\n", "mgmt legacy clp mba 1 "},
         {"MFW\nFCODE\n L2 v4\nL2T v1 \n ump v2\nefi v3\n", "mgmt "},
         {"MFW\n EFI v123456789012345\n", "mgmt efi 12345678901234 "},
+        {"MFW\nxEFIx v1\nxISCSIx v2\nxNCSIx v3\nxL2Tx v4\nxFCODEx v5\n",
+         "mgmt l2t 4 ncsi 3 ib 2 efi 1 fcode 5 "},
+        {"MFW\n HOSTPCI30_CLP x MBA \n", "mgmt legacy clp "},
         // A long line is read in pieces of 254 characters.
         {"MFW\n" + std::string(254, 'x') + "L2T v1\n", "mgmt l2t 1 "},
         {"MFW\n" + std::string(253, 'x') + "L2T v1\n", "mgmt "},

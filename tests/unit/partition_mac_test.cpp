@@ -1,11 +1,11 @@
 #include "partmac/partition_mac.h"
 
 #include "fake_kvmapi.h"
-#include "sandbox.h"
+#include "fixture.h"
 
 namespace fwup {
 
-using PartitionMac = Sandbox;
+using PartitionMac = Fixture;
 
 static _KV_ADAPTER_INFO_EX identity(uint32_t vendor, uint32_t device, uint32_t subsysVendor,
                                     uint32_t subsys) {

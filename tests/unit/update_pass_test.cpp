@@ -1,15 +1,15 @@
 #include "update/update_pass.h"
 
-#include "sandbox.h"
+#include "fixture.h"
 
 namespace fwup {
 
-using UpdatePass = Sandbox;
+using UpdatePass = Fixture;
 
 static const std::string all = "bc mfw1 ipmi asf mba l2t ump ncsi imfw ib efi fcode ";
 
 static void preparePackage() {
-    Sandbox::restart();
+    Fixture::restart();
     writeFile("BuildVersion.txt", "7.1a.1.1a\n");
     for (const std::string& image : split(all, ' ')) {
         writeFile("3C01" + image + ".bin", "");

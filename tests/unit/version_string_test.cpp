@@ -2,7 +2,7 @@
 
 #include <climits>
 
-#include "sandbox.h"
+#include "fixture.h"
 
 namespace fwup {
 
@@ -50,6 +50,13 @@ TEST(VersionString, OlderAndUnreadableStampsForceAnUpdate) {
     for (const char* unreadable : {"2.3.4a", "", static_cast<const char*>(nullptr)}) {
         EXPECT_EQ(need_to_force_update(unreadable, "7.12b.4.3a"), 1);
         EXPECT_EQ(need_to_force_update("7.12b.4.3a", unreadable), 1);
+    }
+}
+
+TEST(VersionString, TrimsToNothing) {
+    for (std::string text : {" \t\r\n", ""}) {
+        trim_right(text.data());
+        EXPECT_STREQ(text.c_str(), "");
     }
 }
 

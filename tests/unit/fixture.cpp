@@ -1,4 +1,4 @@
-#include "sandbox.h"
+#include "fixture.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -18,19 +18,19 @@ std::vector<ShellRule> shellRules;
 std::string commands;
 int failingAllocation = 0;
 
-Sandbox::Sandbox() {
+Fixture::Fixture() {
     std::string name = "unit-XXXXXX";
     fs::current_path(mkdtemp(name.data()));
     restart();
 }
 
-Sandbox::~Sandbox() {
+Fixture::~Fixture() {
     const fs::path directory = fs::current_path();
     fs::current_path(directory.parent_path());
     fs::remove_all(directory);
 }
 
-void Sandbox::restart() {
+void Fixture::restart() {
     for (const fs::directory_entry& entry : fs::directory_iterator(".")) {
         fs::remove_all(entry.path());
     }
@@ -65,7 +65,7 @@ Texts split(const std::string& text, char separator) {
     return parts;
 }
 
-const Component components[12] = {
+const NamedField namedFields[12] = {
     {"bc ", &Device::bootVer},  {"mfw1 ", &Device::mfwVer},  {"ipmi ", &Device::ipmiVer},
     {"asf ", &Device::asfVer},  {"mba ", &Device::pxeVer},   {"l2t ", &Device::l2Ver},
     {"ump ", &Device::umpVer},  {"ncsi ", &Device::ncsiVer}, {"imfw ", &Device::imfwVer},
@@ -73,9 +73,9 @@ const Component components[12] = {
 
 Device makePort(const std::string& present, int number, int bus) {
     Device port = {};
-    for (const Component& component : components) {
-        const bool has = present.find(component.name) != std::string::npos;
-        setVersion(port.*component.version, has ? "1.0" : "NA");
+    for (const NamedField& field : namedFields) {
+        const bool has = present.find(field.name) != std::string::npos;
+        setVersion(port.*field.version, has ? "1.0" : "NA");
     }
     snprintf(port.didStr, sizeof port.didStr, "3C01");
     snprintf(port.mac, sizeof port.mac, "M%d", number);

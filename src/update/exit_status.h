@@ -1,4 +1,4 @@
-// The tool's exit statuses.
+// The tool's exit statuses; the update pass answers with them, too.
 #pragma once
 
 namespace fwup {

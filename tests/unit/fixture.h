@@ -29,14 +29,14 @@ extern std::string commands;               // what was run but "rm", each with a
 extern int failingAllocation;
 
 // Runs each test in a directory of its own, with every global as a run finds it.
-class Sandbox : public testing::Test {
+class Fixture : public testing::Test {
   public:
     // For the next row of a table: an empty directory, nothing run, set or scripted.
     static void restart();
 
   protected:
-    Sandbox();
-    ~Sandbox() override;
+    Fixture();
+    ~Fixture() override;
 };
 
 void writeFile(const std::string& name, const std::string& text);
@@ -54,11 +54,11 @@ std::string consoleOf(Call call) {
 Texts split(const std::string& text, char separator);
 
 // The version fields, by the names of their components, "ib" being iSCSI boot.
-struct Component {
+struct NamedField {
     std::string name;
     VersionField Device::*version;
 };
-extern const Component components[12];
+extern const NamedField namedFields[12];
 
 // A port M<number> with driver and management firmware, and with the components in `present`,
 // each with a blank behind.
