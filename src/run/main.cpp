@@ -13,6 +13,7 @@
 #include "maintenance/management_firmware.h"
 #include "partmac/partition_mac.h"
 #include "run/command_line.h"
+#include "run/run_turn.h"
 #include "run/signal_guard.h"
 #include "run/standard_streams.h"
 #include "update/component_flash.h"
@@ -175,9 +176,12 @@ static ExitStatus runOnDevices(RunMode mode, DeviceHeadTail** list) {
 
 static ExitStatus run(int argc, char** argv) {
     openStandardStreams();
+    const RunMode mode = processCmdLine(argc, argv);
+    if (mode != usageMode && mode != usageErrorMode) {
+        waitForTurn();
+    }
     guardSignals();
     initLogFile();
-    const RunMode mode = processCmdLine(argc, argv);
     if (mode == usageMode) {
         displayUsage();
         return exitClean;

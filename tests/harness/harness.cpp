@@ -43,16 +43,18 @@ void writeFile(const std::string& path, const std::string& text) {
 }
 
 bool isSandboxed() {
-    std::ifstream mounts("/proc/self/mountinfo");
-    for (std::string line; std::getline(mounts, line);) {
-        if (line.find(" / / ") != std::string::npos &&
-            line.find(" - tmpfs sandbox ") != std::string::npos) {
-            return true;
-        }
+    const bool sandboxed = fs::exists("/.sandbox");
+    if (!sandboxed) {
+        fputs("Nothing was run: this belongs inside script/sandbox (see tests/CMakeLists.txt).\n",
+              stderr);
     }
-    fputs("Nothing was run: this belongs inside script/sandbox (see tests/CMakeLists.txt).\n",
-          stderr);
-    return false;
+    return sandboxed;
+}
+
+bool canMount() {
+    static const bool able =
+        mount("e2e", "/root", "tmpfs", MS_NOSUID | MS_NODEV, nullptr) == 0 && umount("/root") == 0;
+    return able;
 }
 
 // Ends with what `program` ends with; 126 when it can't be started.
@@ -144,7 +146,10 @@ static void emptyMachine() {
 
 void makePackage(const std::string& fleet) {
     emptyMachine();
-    mountFresh(packageDirectory);
+    fs::create_directories(packageDirectory);
+    if (canMount()) {
+        mountFresh(packageDirectory);
+    }
     const std::string source = "/fleets/" + fleet;
     fs::copy_file(source + "/adapters.json", statePath);
     fs::create_symlink(statePath, packageDirectory + "/adapters.json");

@@ -34,6 +34,10 @@ struct Result {
 // reach a real machine.
 bool isSandboxed();
 
+// False where the sandbox is a stand-in without mounts: there, makeReadOnly and
+// fillUp can't do their job.
+bool canMount();
+
 // A fresh machine (/var with an empty /var/log, /tmp) and a fresh package made
 // from a ready fleet.
 void makePackage(const std::string& fleet);

@@ -140,7 +140,8 @@ diff -r out/p again/unpacked/p || complain "the archive isn't the directory"
 # A rehearsal package does what its README says, by the commands that it names.
 package "${virtual[@]}" one --out out/rehearsal || complain "virtual: $(cat said)"
 ! grep -q adapters.json out/rehearsal/SHA256SUMS || complain "the adapters have a sum"
-"$tree/script/sandbox" --ro "$work/out/rehearsal.tar.gz:/rehearsal.tar.gz" -- sh -euc '
+# /build is shown for the libraries of its programs, where a stand-in holds no others.
+"$tree/script/sandbox" --ro "$work/out/rehearsal.tar.gz:/rehearsal.tar.gz" --ro "$build:/build" -- sh -euc '
     mkdir /root/empty
     cd /root/empty
     tar xzf /rehearsal.tar.gz

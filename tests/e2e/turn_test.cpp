@@ -1,0 +1,139 @@
+// Two runs in one directory: the second waits until the first has ended, however it did.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <thread>
+
+#include "support.h"
+
+namespace e2e {
+
+namespace fs = std::filesystem;
+
+static const std::string waits =
+    "Another run is under way in this directory. Waiting for it to end (Ctrl-C gives up).\n";
+
+static bool comesTrue(const std::function<bool()>& condition) {
+    for (int i = 0; i < 6000 && !condition(); i++) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return condition();
+}
+
+// A run beside the test's own, its console in a file.
+struct OtherRun {
+    explicit OtherRun(const std::string& consolePath) : process(fork()) {
+        if (process == 0) {
+            setpgid(0, 0);
+            setenv("LD_LIBRARY_PATH", "/build", 1);
+            const int console = open(consolePath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+            dup2(console, STDOUT_FILENO);
+            dup2(console, STDERR_FILENO);
+            if (chdir(packageDirectory.c_str()) == 0) {
+                execl("./zentrix", "./zentrix", nullptr);
+            }
+            _exit(126);
+        }
+    }
+    // With it goes what it started, which would write to the next test's adapters.
+    ~OtherRun() {
+        kill(-process, SIGKILL);
+    }
+    // As a shell gives it.
+    int end(int signalNumber = 0) const {
+        int status = 0;
+        if (signalNumber != 0) {
+            kill(process, signalNumber);
+        }
+        waitpid(process, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    }
+    const pid_t process;
+};
+
+static size_t countLogs() {
+    std::error_code missing;
+    return static_cast<size_t>(
+        std::distance(fs::directory_iterator(logDirectory, missing), fs::directory_iterator()));
+}
+
+// As another run holds it.
+struct Lock {
+    explicit Lock(const std::string& directory) : descriptor(open(directory.c_str(), O_CLOEXEC)) {
+        EXPECT_EQ(flock(descriptor, LOCK_EX | LOCK_NB), 0) << directory;
+    }
+    ~Lock() {
+        close(descriptor);
+    }
+    const int descriptor;
+};
+
+struct Turn : testing::Test {
+    void SetUp() override {
+        makePackage("one");
+        alone = checkedRun();
+        updated = readAdapters()["adapters"];
+        makePackage("one");
+    }
+    Result alone;
+    Json updated;
+};
+
+// Holds up the first flash of the run that comes to it first.
+static void delayFlash(int milliseconds) {
+    editAdapters(Json{
+        {"/faults", {{{"command", {{"verb", "upgrade"}, {"nth", 1}}}, {"delay", milliseconds}}}}});
+}
+
+TEST_F(Turn, SecondRunFollowsTheFirst) {
+    delayFlash(1500);
+    const OtherRun first("/state/first");
+    ASSERT_TRUE(comesTrue([] { return countLogs() == 1; }));
+    const Result second = run({});
+    EXPECT_EQ(first.end(), 0);
+    EXPECT_EQ(readFile("/state/first"), alone.console);
+    EXPECT_EQ(readFile(logDirectory + "/kvlnfwup.log"), alone.log);
+    EXPECT_EQ(second.status, 0);
+    EXPECT_EQ(second.console.find(waits), 0U);
+    EXPECT_EQ(second.logPath, logDirectory + "/kvlnfwup001.log");
+    EXPECT_EQ(second.files, Texts{});
+    EXPECT_EQ(readAdapters()["adapters"], updated);
+}
+
+// Neither the dead run nor the utility that it left behind holds the lock.
+TEST_F(Turn, KilledRunHoldsNobodyUp) {
+    delayFlash(3000);
+    const OtherRun first("/state/first");
+    ASSERT_TRUE(comesTrue([] {
+        return readFile(logDirectory + "/kvlnfwup.log").find(" upgrade ") != std::string::npos;
+    }));
+    EXPECT_EQ(first.end(SIGKILL), 128 + SIGKILL);
+    const Result second = run({"-v"});
+    EXPECT_EQ(second.status, 0);
+    EXPECT_EQ(second.console.find(waits), std::string::npos);
+    EXPECT_EQ(second.console.find("Marvek Ethernet"), 0U);
+}
+
+TEST_F(Turn, UntilThenItHasTouchedNothingAndCtrlCEndsIt) {
+    const Lock lock(packageDirectory);
+    for (const int signalNumber : {SIGINT, SIGTERM}) {
+        const OtherRun waiting("/state/waiting");
+        EXPECT_TRUE(comesTrue([] { return readFile("/state/waiting") == waits; }));
+        EXPECT_EQ(waiting.end(signalNumber), 128 + signalNumber);
+        EXPECT_EQ(countLogs(), 0U);
+    }
+    EXPECT_EQ(run({"-?"}).status, 0);
+    EXPECT_EQ(run({"-nonsense"}).status, 1);
+}
+
+TEST_F(Turn, NobodyWaitsForAnotherDirectory) {
+    const Lock lock("/state");
+    EXPECT_EQ(run({}).console, alone.console);
+}
+
+}  // namespace e2e
