@@ -2,6 +2,9 @@
 //   mkimage DEVICE COMPONENT VERSION >FILE
 //   mkimage --list FILE     for each line "DEVICE COMPONENT VERSION" of FILE,
 //                           writes DEVICECOMPONENT.bin in the current directory
+//   mkimage --fleet DIR     copies a ready fleet's adapters.json and
+//                           BuildVersion.txt there, and makes what its
+//                           images.list lists
 
 #include <cstdio>
 #include <cstring>
@@ -48,9 +51,18 @@ void makeListed(const std::string& listPath) {
     }
 }
 
+void makeFleet(const std::string& directory) {
+    for (const char* name : {"adapters.json", "BuildVersion.txt"}) {
+        replaceFile(name, readFile(directory + "/" + name, exitUsage));
+    }
+    makeListed(directory + "/images.list");
+}
+
 void run(int argc, char** argv) {
     if (argc == 3 && strcmp(argv[1], "--list") == 0) {
         makeListed(argv[2]);
+    } else if (argc == 3 && strcmp(argv[1], "--fleet") == 0) {
+        makeFleet(argv[2]);
     } else if (argc == 4) {
         const Image image = {argv[1], argv[2], argv[3]};
         checkImage(image);
@@ -58,7 +70,8 @@ void run(int argc, char** argv) {
             throw Failure(exitOutput, "the image can't be written");
         }
     } else {
-        throw Failure(exitUsage, "usage: mkimage DEVICE COMPONENT VERSION | --list FILE");
+        throw Failure(exitUsage,
+                      "usage: mkimage DEVICE COMPONENT VERSION | --list FILE | --fleet DIR");
     }
 }
 

@@ -150,16 +150,15 @@ void makePackage(const std::string& fleet) {
     if (canMount()) {
         mountFresh(packageDirectory);
     }
-    const std::string source = "/fleets/" + fleet;
-    fs::copy_file(source + "/adapters.json", statePath);
+    std::string words;
+    if (runProgram("/build/mkimage", {"--fleet", "/fleets/" + fleet}, words, {}) != 0) {
+        throw std::runtime_error("no fleet: " + words);
+    }
+    fs::copy_file(packageDirectory + "/adapters.json", statePath);
+    fs::remove(packageDirectory + "/adapters.json");
     fs::create_symlink(statePath, packageDirectory + "/adapters.json");
-    fs::copy_file(source + "/BuildVersion.txt", packageDirectory + "/BuildVersion.txt");
     for (const char* program : {"zentrix", "lnxfwvt2"}) {
         fs::create_symlink(std::string("/build/") + program, packageDirectory + "/" + program);
-    }
-    std::string words;
-    if (runProgram("/build/mkimage", {"--list", source + "/images.list"}, words, {}) != 0) {
-        throw std::runtime_error("no images: " + words);
     }
 }
 
