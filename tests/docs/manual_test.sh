@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
-# Holds the manual page and the README against the program, both ways.
+# Holds the manual page and the READMEs against the program and each other, both ways.
 #
 #   tests/docs/manual_test.sh [TREE]
 #
-# Compared are the options and the exit statuses, and of the page also the texts that report a
-# failure and the device IDs: what the program has and a document doesn't is as wrong as the
-# reverse. The page's own form is judged by mandoc where it is installed.
+# Compared with the program are the options, and of the page also its synopsis, the exit statuses,
+# the texts that report a failure and the device IDs: what the program has and a document doesn't is
+# as wrong as the reverse. What each exit status asks for must be the same in the page and in the
+# README of a package, and what tells of a failed flash must lead to -f wherever it is explained.
+# The page's own form is judged by mandoc where it is installed.
 set -eu
 
 tree=${1:-$(dirname "$0")/../..}
@@ -15,6 +17,10 @@ failed=
 # What tells a text about a failure from all others.
 about_failures='[Ee]rror|[Ww]arning|!!!|[Ff]ail|[Cc]annot|[Uu]nable|[Mm]issing|[Ii]nvalid'
 about_failures+='|REBOOT REQUIRED|Duplicated MAC|Skipping'
+# What tells that an adapter was stamped and not flashed. "Update failed" is on the console.
+failed_flash='Error updating|Update failed|File not found|[Ff]irmware corrupted|Skipping command'
+# What an exit status can ask for, and when.
+steps='-f\>|run again|reboot needed|REBOOT REQUIRED|Error updating|\./lnxfwvt2|driver'
 
 # Every string literal of the program that is about a failure, as a reader sees it: without line
 # feeds and outer blanks, and with "<>" where something is put in.
@@ -39,6 +45,11 @@ page_options() {
     sed -n '/^\.Sh OPTIONS/,/^\.Sh ENV/s/^\.It Fl /-/p' "$page" | sed 's/ Fl / -/; s/\\&//'
 }
 
+synopsis_options() {
+    sed -n '/^\.Sh SYNOPSIS/,/^\.Sh DESC/s/^\.\(Op \)\{0,1\}Fl //p' "$page" |
+        sed 's/\\&//; s/ | \(Fl \)\{0,1\}/\n/g; s/ Fl / -/g' | sed 's/^/-/'
+}
+
 program_statuses() {
     sed -nE 's/^ *exit[A-Za-z]+ = ([0-9]+),.*/\1/p' "$tree/src/update/exit_status.h"
 }
@@ -61,29 +72,82 @@ readme_options() {
     sed -nE 's/^\| `(-[^`]*)` \|.*/\1/p' "$tree/README.md"
 }
 
-readme_statuses() {
-    sed -nE 's/^\| ([0-9]+) \|.*/\1/p' "$tree/README.md"
+# The items of a section of the page as plain text, one a line. Titles in a row share one text.
+page_items() {
+    awk -v section=".Sh $1" '
+        /^\.Sh / { inside = $0 == section }
+        !inside { next }
+        /^\.It / && !titled { print item; item = "" }
+        { titled = /^\.It / }
+        { sub(/^\.It (Li )?/, ""); sub(/^\.Fl /, "-"); sub(/^\.[A-Z][a-z] /, "") }
+        { item = item $0 " " }
+        END { print item }' "$page"
 }
 
-# compare DOCUMENT KIND: a side that is empty means that this test no longer finds what it compares.
+# The same of the exit statuses in the README of a package for servers.
+server_items() {
+    sed -n '/^EXIT STATUS/,/^LOG/s/^  //p' "$tree/package/README.server" |
+        awk '/^[0-9]/ { print item; item = "" } { item = item $0 " " } END { print item }' | tr -s " "
+}
+
+# The steps of each sentence that asks for one, behind its exit status.
+steps_of_items() {
+    local status text sentence
+    while read -r status text; do
+        while read -r sentence; do
+            echo "$status: $(grep -oE -- "$steps" <<<"$sentence" | sort -u | paste -sd +)"
+        done <<<"${text//. /$'\n'}"
+    done | grep -v ': $'
+}
+
+page_steps() {
+    page_items "EXIT STATUS" | grep '^[0-9]' | steps_of_items
+}
+
+server_steps() {
+    server_items | steps_of_items
+}
+
+page_explanations() {
+    page_items DIAGNOSTICS | grep 'Next :'
+}
+
+readme_explanations() {
+    sed -n '/^## Troubleshooting/,/^## Trust/p' "$tree/README.md"
+}
+
+# compare ONE OTHER KIND: a side that is empty means that this test no longer finds what it compares.
 compare() {
-    local program document
-    program=$("program_$2" | sort -u)
-    document=$("$1_$2" | sort -u)
-    if [ -z "$program" ] || [ -z "$document" ]; then
-        echo "$2: none found in the program or none in the $1"
+    local one other
+    one=$("$1_$3" | sort -u)
+    other=$("$2_$3" | sort -u)
+    if [ -z "$one" ] || [ -z "$other" ]; then
+        echo "$3: none found in the $1 or none in the $2"
         failed=yes
-    elif ! diff --label "$2 of the program" --label "$2 of the $1" -U 0 \
-        <(echo "$program") <(echo "$document"); then
+    elif ! diff --label "$3 of the $1" --label "$3 of the $2" -U 0 \
+        <(echo "$one") <(echo "$other"); then
         failed=yes
     fi
 }
 
-compare page texts
-compare page options
-compare page statuses
-compare page devices
-compare readme options
-compare readme statuses
+# leads_to_force DOCUMENT: the next step stands behind "Next :" or in a row's last field.
+leads_to_force() {
+    local explained
+    explained=$("$1_explanations" | grep -E -- "$failed_flash") || true
+    if [ -z "$explained" ] || grep -vE -- '(Next :|\|).*[ `]-f\>' <<<"$explained"; then
+        echo "the $1 explains no failed flash, or the above without -f as the next step"
+        failed=yes
+    fi
+}
+
+compare program page texts
+compare program page options
+compare program page statuses
+compare program page devices
+compare program readme options
+compare program synopsis options
+compare page server steps
+leads_to_force page
+leads_to_force readme
 ! command -v mandoc >/dev/null || mandoc -T lint -W warning "$page" || failed=yes
 [ -z "$failed" ]

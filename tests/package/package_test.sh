@@ -13,6 +13,7 @@ cd "$work"
 failures=0
 export SOURCE_DATE_EPOCH=1700000000
 version=7.12b.4.3a
+zentrix=$(sed -nE 's/^project\(zentrix VERSION ([0-9.]+).*/\1/p' "$tree/CMakeLists.txt")
 any_width=yes
 
 complain() {
@@ -95,6 +96,8 @@ any_width='' refused "not a 32-bit x86 program: wide/zentrix" --build wide
 printf '\177ELF\1\1\1\0\0\0\0\0\0\0\0\0\3\0\50\0' >wide/zentrix
 any_width='' refused "not a 32-bit x86 program: wide/zentrix" --build wide
 printf '\3' | dd of=wide/zentrix bs=1 seek=18 conv=notrunc status=none
+refused "build it anew" --build wide
+echo "$zentrix" >>wide/zentrix
 any_width='' package --build wide --out wide/p || complain "32 bits: $(cat said)"
 refused "no none/zentrix: script/release makes it" --build none
 
@@ -136,6 +139,31 @@ diff <(ls -ln --time-style=+%s out/p) <(ls -ln --time-style=+%s again/p) ||
     complain "other files twice"
 tar xzf again/p.tar.gz -C again --one-top-level=unpacked
 diff -r out/p again/unpacked/p || complain "the archive isn't the directory"
+
+# says COMMIT: what the README of a package out of the copied tree says.
+says() {
+    rm -rf named named.tar.gz
+    copied/script/package --any-width --build "$build" --flash-tool tool --images images \
+        --build-version $version --out named >said 2>&1 || complain "copied: $(cat said)"
+    grep -qx "zentrix $zentrix, packed from $1" named/README ||
+        complain "not packed from $1, but: $(grep zentrix named/README | head -n 1)"
+}
+commit_copy() {
+    git -C copied add -A
+    git -C copied -c user.name=t -c user.email=t@t commit -qm "$1"
+}
+mkdir copied
+cp -r "$tree"/{CMakeLists.txt,script,package,docs} copied
+says "an unknown commit"
+if command -v git >/dev/null; then
+    git init -q copied
+    says "an unknown commit"
+    commit_copy one
+    commit=$(git -C copied rev-parse --short=12 HEAD)
+    says "commit $commit"
+    echo "# changed" >>copied/CMakeLists.txt
+    says "commit $commit with uncommitted changes"
+fi
 
 # A rehearsal package does what its README says, by the commands that it names.
 package "${virtual[@]}" one --out out/rehearsal || complain "virtual: $(cat said)"
