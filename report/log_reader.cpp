@@ -651,9 +651,6 @@ static void obey(LogReader& reader, const ToolLine& line, std::string_view whole
             at.titleSeen = true;
             break;
         case LineKind::usageError:
-            addFinding(reader, line.kind, whole);
-            endRun(reader, 1);
-            break;
         case LineKind::macsCorrected:
             addFinding(reader, line.kind, whole);
             endRun(reader, 1);

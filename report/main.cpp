@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -105,5 +106,10 @@ static ExitStatus run(int argc, char** argv) {
 }  // namespace report
 
 int main(int argc, char** argv) {
-    return report::run(argc, argv);
+    try {
+        return report::run(argc, argv);
+    } catch (const std::exception& error) {
+        fprintf(stderr, "zentrix-report: %s\n", error.what());
+        return report::exitUnreadable;
+    }
 }

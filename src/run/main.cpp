@@ -143,12 +143,9 @@ static ExitStatus runOperation(RunMode mode, DeviceHeadTail** list, char* flashT
         case iscsiVersionsMode:
             display_iscsicfg_versions(*list);
             break;
-        case crcCheckMode:
-            // Discovery and inventory are all that this mode does.
-            break;
-        case usageMode:
+        case crcCheckMode:  // discovery and inventory are all that it does
+        case usageMode:     // ended before discovery, and so has the next
         case usageErrorMode:
-            // These have ended before discovery.
             break;
     }
     releaseList(list);
