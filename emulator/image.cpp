@@ -1,6 +1,5 @@
 #include "image.h"
 
-#include <cctype>
 #include <sstream>
 
 #include "component.h"
@@ -9,27 +8,7 @@
 
 namespace emulator {
 
-namespace {
-
-const char magic[] = "Veltrasia II virtual firmware image";
-
-bool isDigit(char c) {
-    return std::isdigit(static_cast<unsigned char>(c)) != 0;
-}
-
-// Takes the digit run at `at` without its leading zeros.
-std::string takeNumber(const std::string& text, size_t& at) {
-    while (at < text.size() && text[at] == '0') {
-        ++at;
-    }
-    const size_t start = at;
-    while (at < text.size() && isDigit(text[at])) {
-        ++at;
-    }
-    return text.substr(start, at - start);
-}
-
-}  // namespace
+static const char magic[] = "Veltrasia II virtual firmware image";
 
 std::string imageText(const Image& image) {
     return std::string(magic) + "\ndevice " + image.device + "\ncomponent " + image.component +
@@ -53,29 +32,6 @@ Image readImage(const std::string& path) {
         throw Failure(exitBrokenImage, path + ": unknown component " + image.component);
     }
     return image;
-}
-
-int compareVersions(const std::string& a, const std::string& b) {
-    size_t i = 0;
-    size_t j = 0;
-    while (i < a.size() && j < b.size()) {
-        if (isDigit(a[i]) && isDigit(b[j])) {
-            const std::string left = takeNumber(a, i);
-            const std::string right = takeNumber(b, j);
-            if (left.size() != right.size()) {
-                return left.size() < right.size() ? -1 : 1;
-            }
-            if (const int order = left.compare(right); order != 0) {
-                return order;
-            }
-        } else if (a[i] != b[j]) {
-            return static_cast<unsigned char>(a[i]) < static_cast<unsigned char>(b[j]) ? -1 : 1;
-        } else {
-            ++i;
-            ++j;
-        }
-    }
-    return static_cast<int>(i < a.size()) - static_cast<int>(j < b.size());
 }
 
 }  // namespace emulator

@@ -18,8 +18,4 @@ std::string imageText(const Image& image);
 // or is not exactly what imageText writes.
 Image readImage(const std::string& path);
 
-// Below, at or above 0 as `a` is older than, equal to or newer than `b`.
-// Digit runs count as numbers: 7.12 is newer than 7.4.
-int compareVersions(const std::string& a, const std::string& b);
-
 }  // namespace emulator

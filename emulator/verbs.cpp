@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <sstream>
 
 #include "component.h"
@@ -126,7 +127,7 @@ ExitCode upgrade(Session& session) {
         return exitWrongImage;
     }
     const std::string installed = componentText(*target, "version", "");
-    if (!command.force && compareVersions(image.version, installed) <= 0) {
+    if (!command.force && strverscmp(image.version.c_str(), installed.c_str()) <= 0) {
         say(session, command.component + " " + installed + " is installed, " + command.image +
                          " holds " + image.version + ": no upgrade needed.\n");
         return exitNotNewer;

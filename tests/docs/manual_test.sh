@@ -7,7 +7,7 @@
 # the texts that report a failure and the device IDs: what the program has and a document doesn't is
 # as wrong as the reverse. What each exit status asks for must be the same in the page and in the
 # README of a package, and what tells of a failed flash must lead to -f wherever it is explained.
-# The page's own form is judged by mandoc where it is installed.
+# The page's own form is judged by mandoc.
 set -eu
 
 tree=${1:-$(dirname "$0")/../..}
@@ -149,5 +149,5 @@ compare program synopsis options
 compare page server steps
 leads_to_force page
 leads_to_force readme
-! command -v mandoc >/dev/null || mandoc -T lint -W warning "$page" || failed=yes
+mandoc -T lint -W warning "$page" || failed=yes
 [ -z "$failed" ]
