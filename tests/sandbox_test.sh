@@ -21,19 +21,18 @@ promised() {
     }
 }
 
-# ended SIGNAL STATUS: sent to the sandbox's own process; nothing inside goes on.
+# ended SIGNAL STATUS: sent to the sandbox's own process once the command runs. The pipe ends with
+# the last process that was started inside.
 ended() {
-    local status=0 gone=
-    env --default-signal=INT "$sandbox" --whole sh -c 'trap "" INT TERM; sleep 61.7 & sleep 61.7' 2>/dev/null &
-    until pgrep -f 'sleep 61\.7' >/dev/null; do sleep 0.1; done
+    local status=0 rest=0
+    exec 3< <(exec env --default-signal=INT "$sandbox" --whole \
+        sh -c 'trap "" INT TERM; sleep 60 & echo runs; sleep 60')
+    read -r -t 30 -u 3 || true
     kill -s "$1" $!
     wait $! || status=$?
-    for _ in {1..50}; do
-        pgrep -f 'sleep 61\.7' >/dev/null || { gone=yes && break; }
-        sleep 0.1
-    done
-    [ "$status$gone" = "$2yes" ] || {
-        echo "FAILED: $1 gave $status; gone: ${gone:-no}" >&2
+    read -r -t 10 -u 3 || rest=$?
+    [ "$status $rest" = "$2 1" ] || {
+        echo "FAILED: $1 gave $status instead of $2, and what ran inside: $rest instead of 1" >&2
         failures=$((failures + 1))
     }
 }
