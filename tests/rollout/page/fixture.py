@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 """Makes report.json of rollouts that end in every way, with the logs that it names.
 
-  tests/rollout/page/fixture.py TREE ZENTRIX_REPORT DIR
+  tests/rollout/page/fixture.py TREE BUILD_DIR DIR
 
 DIR/mixed, one, many and hostile each hold what a rollout leaves, but for the page. The logs are those
-of the transcripts in tests/golden, read by zentrix-report; some are cut off or have hostile texts in
-them.
+of the transcripts in tests/golden and of runs on virtual adapters, read by zentrix-report; some are
+cut off or have hostile texts in them.
 """
 
 import json
@@ -17,6 +17,7 @@ import sys
 HOSTILE = ("<script>document.title='owned'</script><img src=x onerror=alert(1)> \"'><b>bold</b> "
            "&lt;i&gt; {{ 7 * 191 }} \x1b[2J\x07\x9b\r \u202egnp.exe\u2066 \ufeff \udc80 </style></title>")
 LONG = "W" * 10000
+FIXED = {"format", "sha256", "state", "started", "ended", "outcome", "operation", "yb"}
 
 
 def log_of(tree, transcript):
@@ -24,9 +25,22 @@ def log_of(tree, transcript):
     return text.split(b"--- /var/log/Marvek_Support/kvlnfwup.log\n", 1)[1]
 
 
+def logs_of_runs(tree, build, place, runs):
+    """The logs of several runs of the program, one after another on the same virtual adapters."""
+    package, logs = place / "package", place / "log"
+    shutil.rmtree(place, ignore_errors=True)
+    logs.mkdir(parents=True)
+    subprocess.run([tree / "script/fleet", "one", build, package], check=True)
+    for options in runs:
+        subprocess.run([tree / "script/sandbox", "--rw", f"{package}:/package", "--rw", f"{logs}:/var/log",
+                        "--chdir", "/package", "env", "LD_LIBRARY_PATH=/package", "./zentrix", *options],
+                       stdout=subprocess.DEVNULL, check=True)
+    return [log.read_bytes() for log in sorted((logs / "Marvek_Support").iterdir())]
+
+
 class Rollout:
-    def __init__(self, tree, program, directory):
-        self.tree, self.program, self.directory = tree, program, directory
+    def __init__(self, tree, build, directory):
+        self.tree, self.build, self.directory = tree, build, directory
         self.hosts = []
         shutil.rmtree(directory, ignore_errors=True)
         directory.mkdir(parents=True)
@@ -54,24 +68,26 @@ class Rollout:
     def read(self, names):
         if not names:
             return []
-        result = subprocess.run([self.program, "--json", *names], cwd=self.directory,
+        result = subprocess.run([self.build / "zentrix-report", "--json", *names], cwd=self.directory,
                                 capture_output=True, check=False)
         return json.loads(result.stdout)["runs"]
 
-    def write(self, check=False, package="zentrix-7.12b.4.3a.tar.gz"):
-        document = {
+    def document(self, check=False):
+        return {
             "format": "zentrix-rollout/1",
-            "package": {"name": package, "sha256": "5d41402abc4b2a76b9719d911017c592" * 2,
-                        "buildVersion": "7.12b.4.3a"},
+            "package": {"name": "zentrix-7.12b.4.3a.tar.gz", "buildVersion": "7.12b.4.3a",
+                        "sha256": "5d41402abc4b2a76b9719d911017c592" * 2},
             "started": "2026-03-02T01:05:00Z", "ended": "2026-03-02T02:21:09Z", "check": check,
             "hosts": self.hosts}
+
+    def write(self, document):
         (self.directory / "report.json").write_text(json.dumps(document))
 
 
-def add_one_of_each(rollout, suffix=""):
+def add_one_of_each(rollout, confirmed, suffix=""):
     driverless = log_of(rollout.tree, "update-driverless")
     rollout.add(f"web1{suffix}", "updated", logs=["update-one"])
-    rollout.add(f"web2{suffix}", "updated", logs=["update-one", "versions-rack"], rebooted=True)
+    rollout.add(f"web2{suffix}", "updated", logs=confirmed, rebooted=True)
     rollout.add(f"store1{suffix}", "updated", logs=["update-rack"])
     rollout.add(f"db1{suffix}", "failed", "exit status 1: flashes failed, and a CRC check",
                 logs=["outcomes-corrupt"])
@@ -93,37 +109,35 @@ def add_one_of_each(rollout, suffix=""):
     rollout.add(f"web7{suffix}", "would-update")
 
 
-def add_hostile(rollout):
-    encoded = HOSTILE.encode("utf-8", "surrogateescape")
-    log = log_of(rollout.tree, "outcomes-corrupt")
-    for text in (b"3C01bc.bin", b"2.1.6", b"7.10.12", b"7.10a.2.1b"):
-        log = log.replace(text, encoded.replace(b"\r ", b""))
-    rollout.add("<b>srv \"x\" #1?a=%2F&b;{{ 7 * 191 }}", "failed", HOSTILE, logs=[log],
-                next=[HOSTILE, LONG])
-    log = log_of(rollout.tree, "update-driverless").replace(b"3C01l2t.bin", LONG.encode())
-    rollout.add("javascript:alert(1)", "adapter-down", LONG, logs=[log.replace(b"7.10.12", LONG.encode())])
-    rollout.add("w" * 200, "unreachable", HOSTILE + "\r\nsecond line")
-    rollout.add("x", "unfit", "\u202e" * 50)
+def hostile(value, key=""):
+    """`value` with each text replaced that isn't one of a few words."""
+    if isinstance(value, dict):
+        return {name: hostile(inner, name) for name, inner in value.items()}
+    if isinstance(value, list):
+        return [hostile(inner, key) for inner in value]
+    if not isinstance(value, str) or key in FIXED:
+        return value
+    return LONG if key in ("cause", "image") else f"{HOSTILE} {key} {value.replace('/', ' ')}"
 
 
 def main():
-    tree, program = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
+    tree, build = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
     place = pathlib.Path(sys.argv[3])
-    mixed = Rollout(tree, program, place / "mixed")
-    add_one_of_each(mixed)
-    mixed.write()
-    one = Rollout(tree, program, place / "one")
+    confirmed = logs_of_runs(tree, build, place / "runs", [[], ["-v"]])
+    mixed = Rollout(tree, build, place / "mixed")
+    add_one_of_each(mixed, confirmed)
+    mixed.write(mixed.document())
+    one = Rollout(tree, build, place / "one")
     one.add("web1", "updated", logs=["update-one"])
-    one.write(check=True)
-    many = Rollout(tree, program, place / "many")
+    one.write(one.document(check=True))
+    many = Rollout(tree, build, place / "many")
     for number in range(29):
-        add_one_of_each(many, f".rack{number}.example")
+        add_one_of_each(many, confirmed, f".rack{number}.example")
     for number in range(7):
         many.add(f"spare{number}", "unchanged")
-    many.write()
-    hostile = Rollout(tree, program, place / "hostile")
-    add_hostile(hostile)
-    hostile.write(package=HOSTILE)
+    many.write(many.document())
+    bad = Rollout(tree, build, place / "hostile")
+    bad.write(hostile({**mixed.document(), "hosts": mixed.hosts[:12]}))
 
 
 if __name__ == "__main__":
