@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """A headless Chromium for one page at a time.
 
-  tests/rollout/page/browser.py PAGE PICTURE.png [WIDTH [light|dark [HEIGHT]]]   takes a picture
+  tests/rollout/page/browser.py PAGE PICTURE.png DIR   takes a picture, with DIR for its own files
 """
 
 import base64
@@ -34,22 +34,19 @@ def open_page(driver, page, width, height=800, scheme="light", scale=1):
     driver.get(pathlib.Path(page).resolve().as_uri())
 
 
-def take_picture(page, picture, width=1000, scheme="light", height=0):
-    """The whole page, or its first `height` pixels."""
-    target = pathlib.Path(picture).resolve()
-    driver = start(target.parent)
+def take_picture(page, picture, place):
+    """The top of the page, fine enough for a README that shows it smaller."""
+    width, height = 1180, 1050
+    driver = start(pathlib.Path(place).resolve())
     try:
-        open_page(driver, page, width, scheme=scheme)
-        height = height or driver.execute_script("return document.documentElement.scrollHeight")
+        open_page(driver, page, width, scheme="light", scale=1.25)
         shot = driver.execute_cdp_cmd("Page.captureScreenshot", {
             "captureBeyondViewport": True,
             "clip": {"x": 0, "y": 0, "width": width, "height": height, "scale": 1}})
-        target.write_bytes(base64.b64decode(shot["data"]))
+        pathlib.Path(picture).write_bytes(base64.b64decode(shot["data"]))
     finally:
         driver.quit()
 
 
 if __name__ == "__main__":
-    rest = sys.argv[3:]
-    take_picture(sys.argv[1], sys.argv[2], int(rest[0]) if rest else 1000,
-                 rest[1] if len(rest) > 1 else "light", int(rest[2]) if len(rest) > 2 else 0)
+    take_picture(*sys.argv[1:4])

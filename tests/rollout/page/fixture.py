@@ -3,9 +3,9 @@
 
   tests/rollout/page/fixture.py TREE BUILD_DIR DIR
 
-DIR/mixed, one, many and hostile each hold what a rollout leaves, but for the page. The logs are those
-of the transcripts in tests/golden and of runs on virtual adapters, read by zentrix-report; some are
-cut off or have hostile texts in them.
+DIR/mixed, few, one, many, hostile and long each hold what a rollout leaves, but for the page. The logs are
+those of the transcripts in tests/golden and of runs on virtual adapters, read by zentrix-report; some
+are cut off. In the last two every text of the data is hostile or very long.
 """
 
 import json
@@ -16,7 +16,7 @@ import sys
 
 HOSTILE = ("<script>document.title='owned'</script><img src=x onerror=alert(1)> \"'><b>bold</b> "
            "&lt;i&gt; {{ 7 * 191 }} \x1b[2J\x07\x9b\r \u202egnp.exe\u2066 \ufeff \udc80 </style></title>")
-LONG = "W" * 10000
+# Their texts are words of the format.
 FIXED = {"format", "sha256", "state", "started", "ended", "outcome", "operation", "yb"}
 
 
@@ -109,20 +109,29 @@ def add_one_of_each(rollout, confirmed, suffix=""):
     rollout.add(f"web7{suffix}", "would-update")
 
 
-def hostile(value, key=""):
-    """`value` with each text replaced that isn't one of a few words."""
+def add_few(rollout, confirmed):
+    """A rollout that a batch's failures have stopped, for the picture."""
+    rollout.add("web1", "updated", logs=["update-one"])
+    rollout.add("web2", "updated", logs=confirmed, rebooted=True)
+    rollout.add("web3", "unchanged", buildVersion="7.12b.4.3a")
+    rollout.add("database1", "failed", "The update failed.", logs=["outcomes-corrupt"])
+    rollout.add("database2", "adapter-down", "An adapter is down.", logs=["update-driverless"])
+    rollout.add("mail1", "unfit", "the dry-run marker /tmp/kvsupdbg-no-f-update.txt is there")
+    rollout.add("mail2", "unreachable", "Connection timed out.")
+    for name in ("store1", "store2"):
+        rollout.add(name, "not-reached")
+
+
+def changed(value, how, key=""):
+    """`value` with each text changed that isn't one of a few words."""
     if isinstance(value, dict):
-        return {name: hostile(inner, name) for name, inner in value.items()}
+        return {name: changed(inner, how, name) for name, inner in value.items()}
     if isinstance(value, list):
-        return [hostile(inner, key) for inner in value]
-    if not isinstance(value, str) or key in FIXED:
-        return value
-    return LONG if key in ("cause", "image") else f"{HOSTILE} {key} {value.replace('/', ' ')}"
+        return [changed(inner, how, key) for inner in value]
+    return how(value) if isinstance(value, str) and key not in FIXED else value
 
 
-def main():
-    tree, build = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
-    place = pathlib.Path(sys.argv[3])
+def make(tree, build, place):
     confirmed = logs_of_runs(tree, build, place / "runs", [[], ["-v"]])
     mixed = Rollout(tree, build, place / "mixed")
     add_one_of_each(mixed, confirmed)
@@ -130,15 +139,20 @@ def main():
     one = Rollout(tree, build, place / "one")
     one.add("web1", "updated", logs=["update-one"])
     one.write(one.document(check=True))
+    few = Rollout(tree, build, place / "few")
+    add_few(few, confirmed)
+    few.write(few.document())
     many = Rollout(tree, build, place / "many")
     for number in range(29):
         add_one_of_each(many, confirmed, f".rack{number}.example")
     for number in range(7):
         many.add(f"spare{number}", "unchanged")
     many.write(many.document())
-    bad = Rollout(tree, build, place / "hostile")
-    bad.write(hostile({**mixed.document(), "hosts": mixed.hosts[:12]}))
+    for name, how in (("hostile", lambda text: f"{HOSTILE} {text.replace('/', ' ')}"),
+                      ("long", lambda text: text + "W" * 10000)):
+        odd = Rollout(tree, build, place / name)
+        odd.write(changed({**mixed.document(), "hosts": mixed.hosts[:12]}, how))
 
 
 if __name__ == "__main__":
-    main()
+    make(*(pathlib.Path(argument).resolve() for argument in sys.argv[1:4]))
