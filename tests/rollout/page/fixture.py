@@ -137,7 +137,7 @@ def make(tree, build, place):
     add_one_of_each(mixed, confirmed)
     mixed.write(mixed.document())
     one = Rollout(tree, build, place / "one")
-    one.add("web1", "updated", logs=["update-one"])
+    one.add("web1", "would-update")
     one.write(one.document(check=True))
     few = Rollout(tree, build, place / "few")
     add_few(few, confirmed)
