@@ -54,6 +54,12 @@ done
 for pattern in 'zentrix\.gpg SHA256SUMS\.asc' '^p\.tar\.gz\.asc p\.tar\.gz$'; do
     grep -q "$pattern" out/p/README || complain "no $pattern in its README"
 done
+# The README's own lines say so, too; those after them run zentrix.
+cp good.gpg /root/zentrix.gpg
+sed -n 's/^    # //p' out/p/README | head -n 4 >lines
+(cd out/p && sh -eu "$work/lines") >said 2>&1 || complain "the README's lines fail"
+shown=$(grep -o '^\[GNUPG:\] GOODSIG\|^[^[g].*' said | sort | tr '\n' '|')
+[ "$shown" = 'SHA256SUMS|SHA256SUMS.asc|[GNUPG:] GOODSIG|' ] || complain "the README's lines show: $shown"
 mv out whole
 mkdir out
 (umask 077 && package) || complain "not signed again: $(cat said)"
