@@ -129,7 +129,7 @@ modes=$(cd out/p && stat -c '%a %n' zentrix lnxfwvt2 README 3C01bc.bin . | tr '\
 tar tzf out/p.tar.gz | LC_ALL=C sort -c || complain "not in order"
 
 # The same content, of another time and with other permissions.
-mkdir again
+mkdir -m g+s again
 cp -r images again/images
 find again -type f -exec chmod 600 {} + -exec touch -d 2001-01-01 {} +
 ! grep -q 'signed: \|@' out/p/README || complain "unfinished: $(cat out/p/README)"

@@ -165,6 +165,7 @@ rm SHA256SUMS|missing: SHA256SUMS
 : >SHA256SUMS; sign good SHA256SUMS|nothing in SHA256SUMS
 sed -i 's,zentrix$,../zentrix,' SHA256SUMS; sign good SHA256SUMS|not a line that a package's SHA256SUMS has
 sed -i 's,zentrix$,@,' SHA256SUMS; mv zentrix @; sign good SHA256SUMS|added: @
+cat SHA256SUMS >s; cat s >>SHA256SUMS; rm s; sign good SHA256SUMS|twice in SHA256SUMS: 3C01bc.bin
 rm zentrix; mkdir zentrix; chmod 755 zentrix|missing: zentrix
 : >libc.so|added: libc.so
 : >@|added: @
