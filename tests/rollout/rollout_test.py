@@ -74,9 +74,13 @@ class Server:
         if not loader:
             (self.dir / "loader").touch()
         if listening:
-            with open(self.dir / "console", "w") as console:
-                processes.append(subprocess.Popen([tree / "script/server", "run", self.dir], stdin=subprocess.DEVNULL,
-                                                  stdout=console, stderr=console, start_new_session=True))
+            self.boot()
+
+    def boot(self):
+        with open(self.dir / "console", "a") as console:
+            self.process = subprocess.Popen([tree / "script/server", "run", self.dir], stdin=subprocess.DEVNULL,
+                                            stdout=console, stderr=console, start_new_session=True)
+        processes.append(self.process)
 
     def answers(self):
         with socket.socket() as door:
@@ -207,9 +211,11 @@ def runs_on(*counts):
 
 def scenario_clean():
     """Every fleet that can be updated; a reboot before and one after; texts that want to be more than texts."""
+    driver = "{{7*6}}<b>"
     nasty = "<script>alert(1)</script> {{ 7 * 6 }} \x1b[31m \u202e"
 
     def hostile(state):
+        state["adapters"][0]["ports"][0]["driver"] = driver
         state["faults"] = [{"command": {"verb": "upgrade", "component": "mba"}, "text": nasty, "times": 1}]
 
     one = Server("one", adapters=hostile)
@@ -234,12 +240,14 @@ def scenario_clean():
     runs_on((one, 2), (rack, 1), (none, 1), (first, 2), (after, 2), (later, 1))
     page = (rollout.results / "report.html").read_text()
     expect("scripts on the page", "<script" in page, False)
+    expect("the driver of one", rows["one"]["runs"][0]["adapters"][0]["ports"][0]["driver"], driver)
     expect("logs of one", rows["one"]["logs"], ["one/kvlnfwup.log"])
     expect("the utility's words", nasty in (rollout.results / "one/kvlnfwup.log").read_text(), True)
 
     before = {server.name: server.files() for server in servers}
-    rollout.run("again", 0, one="unchanged", rack="unchanged", none="unchanged", first="unchanged", after="unchanged", later="reboot-needed")
+    rows = rollout.run("again", 0, one="unchanged", rack="unchanged", none="unchanged", first="unchanged", after="unchanged", later="reboot-needed")
     expect("what a second rollout changed", {server.name: server.files() for server in servers}, before)
+    expect("runs of one", [run["log"] for run in rows["one"]["runs"]], ["one/kvlnfwup.log"])
     expect("its recap", sorted(set(word for word in rollout.output.read_text().split() if word.startswith("changed="))), ["changed=0"])
 
     rollout.run("reboot allowed", 0, "-e", "zentrix_reboot=when-needed", one="unchanged", rack="unchanged", none="unchanged",
@@ -283,11 +291,14 @@ def scenario_unfit():
     untouched = servers[0].files()
     rows = rollout.run("unfit", 2, fit="not-reached", **states)
     expect("what was touched", servers[0].files(), untouched)
-    for name, word in (("marker", "dry-run marker"), ("loader", "libc6-i386"), ("full", "free for logs"), ("away", "refused")):
+    for name, word in (("marker", "dry-run marker"), ("loader", "libc6-i386"), ("full", "free for logs"), ("away", "can be reached over ssh")):
         expect(f"the reason of {name}", word in rows[name]["reason"], True)
     rollout.run("left out", 2, "-e", "zentrix_skip_unfit=true", fit="updated", **states)
     runs_on(*zip(servers, (1, 0, 0, 0, 0)))
 
+    keyring = work / "keyring"
+    keyring.touch()
+    expect("an unsigned package", rollout.start("-e", f"zentrix_keyring={keyring}").wait(), 2)
     with open(rollout.package, "r+b") as package:
         package.seek(1000)
         package.write(b"\0")
@@ -297,23 +308,30 @@ def scenario_unfit():
 
 
 def scenario_interrupted():
-    """Lost connections, a power failure, impatience and a killed controller, all during a flash."""
+    """Lost connections and power failures, all during a flash."""
     silent, cut, power = (Server(name, adapters=slow_flash(9000)) for name in ("silent", "cut", "power"))
-    rollout = Rollout(silent, cut, power)
-    playbook = rollout.start("-e", '{"zentrix_batches": ["100%"]}')
-    until("all flash", lambda: all(server.is_flashing() for server in rollout.servers))
+    gone = Server("gone", adapters=slow_flash(9000), zentrix_patience=12)
+    following = Server("next")
+    rollout = Rollout(silent, cut, power, gone, following)
+    playbook = rollout.start("-e", '{"zentrix_batches": [4]}')
+    until("all flash", lambda: all(server.is_flashing() for server in (silent, cut, power, gone)))
+    gone.process.terminate()
     silent.tell("silent")
     cut.tell("cut")
     power.tell("off")
     time.sleep(6)
     silent.tell("back")
-    rows = rollout.finish("interrupted", playbook, 2, silent="updated", cut="updated", power="cut-off")
+    states = {"silent": "updated", "cut": "updated", "power": "cut-off", "gone": "unreachable"}
+    rows = rollout.finish("interrupted", playbook, 2, **states, next="not-reached")
     expect("power's log", rows["power"]["logs"], ["power/kvlnfwup.log"])
     expect("power carries", power.carries(), [(version, "7.10.4")])
-    rollout.run("taken up", 0, silent="unchanged", cut="unchanged", power="updated")
+    gone.boot()
+    until("gone is back", gone.answers)
+    rows = rollout.run("taken up", 0, silent="unchanged", cut="unchanged", power="updated", gone="updated", next="updated")
+    expect("gone's logs", rows["gone"]["logs"], ["gone/kvlnfwup.log", "gone/kvlnfwup001.log"])
     for server in rollout.servers:
         expect(f"{server.name} carries", server.carries(), NEW)
-    runs_on((silent, 1), (cut, 1), (power, 2))
+    runs_on((silent, 1), (cut, 1), (power, 2), (gone, 2), (following, 1))
 
 
 def scenario_found_again():
@@ -329,6 +347,13 @@ def scenario_found_again():
     rollout.run("found again", 0, one="updated")
     expect("carries", server.carries(), NEW)
     runs_on((server, 1))
+
+    # Two, as the counters of the faults are kept until their number changes.
+    slow = {"command": {"verb": "upgrade", "component": "bc"}, "delay": 9000}
+    server.put_state({**server.state(), "faults": [slow, slow]})
+    both = [rollout.start("-e", "zentrix_force=true", "-e", f"zentrix_results={work}/{name}") for name in ("a", "b")]
+    expect("two rollouts at once", [playbook.wait() for playbook in both], [0, 0])
+    runs_on((server, 2))
 
 
 def can_run():
