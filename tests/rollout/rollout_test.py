@@ -221,7 +221,8 @@ def scenario_clean():
     one = Server("one", adapters=hostile)
     (one.dir / "var/log/Marvek_Support").mkdir()
     (one.dir / "var/log/Marvek_Support/kvlnfwup<b>$(id)\x1b.log").write_text(nasty)
-    rack, none = Server("rack", "rack"), Server("none", "none")
+    # As if systemd ran there, which then fails.
+    rack, none = Server("rack", "rack", boot="mkdir -p /run/systemd/system"), Server("none", "none")
     first = Server("first", "duplicate-macs", zentrix_reboot="when-needed")
     after = Server("after", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=95), zentrix_reboot="when-needed")
     later = Server("later", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=95))
@@ -364,6 +365,9 @@ def can_run():
             return f"{program} is missing (script/bootstrap rollout)"
     if subprocess.run([tree / "script/sandbox", "--whole", "true"], stderr=subprocess.DEVNULL).returncode:
         return "no namespaces here"
+    # After the magic number: 1 for 32 bits.
+    if (build / "zentrix").read_bytes()[4] != 1 or not pathlib.Path("/lib/ld-linux.so.2").exists():
+        return "no 32-bit program, or no 32-bit loader for it"
     return None
 
 
