@@ -90,7 +90,7 @@ refused "an empty image: empty/3C01bc.bin" --images empty
 refused "not a file: directory/3C01bc.bin" --images directory
 
 mkdir wide
-cp "$build/package_check" wide
+cp "$build"/package_{check,describe} wide
 printf '\177ELF\2\1\1\0\0\0\0\0\0\0\0\0\3\0\3\0' >wide/zentrix
 any_width='' refused "not a 32-bit x86 program: wide/zentrix" --build wide
 printf '\177ELF\1\1\1\0\0\0\0\0\0\0\0\0\3\0\50\0' >wide/zentrix
@@ -104,6 +104,7 @@ refused "no none/zentrix: script/release makes it" --build none
 virtual=(--flash-tool '' --images '' --build-version '' --virtual)
 refused "no fleet is called \"nowhere\"" "${virtual[@]}" nowhere
 refused "--virtual brings its own" --virtual
+refused "letters, digits, dots, dashes and underscores only: a b" --out "out/a b"
 SOURCE_DATE_EPOCH=soon refused "SOURCE_DATE_EPOCH is no number of seconds: soon"
 refused "no such directory: $work/nowhere" --out nowhere/p
 mkdir out/p
@@ -113,14 +114,13 @@ refused "already there: $work/out/p.tar.gz"
 
 # ---- Packages.
 
-listed="3C01bc.bin 3C02mbaf.bin 3C06ncsi.bin BuildVersion.txt README SHA256SUMS lnxfwvt2 zentrix"
-listed+=" zentrix.8"
+listed="3C01bc.bin 3C02mbaf.bin 3C06ncsi.bin BuildVersion.txt README SHA256SUMS lnxfwvt2"
+listed+=" package.json zentrix zentrix.8"
 longest=7.12b.${digits:1}.3a
 package --build-version "$longest" || complain "${#longest} characters: $(cat said)"
 [ "$(cat out/p/BuildVersion.txt)" = "$longest" ] || complain "another BuildVersion.txt"
 [ "$(cd out/p && echo *)" = "$listed" ] || complain "in the package: $(ls out/p)"
-(cd out/p && sha256sum --quiet -c SHA256SUMS) || complain "wrong sums"
-[ "$(wc -l <out/p/SHA256SUMS)" = 8 ] || complain "not every sum"
+"$tree/script/verify" --unsigned out/p >said || complain "not whole"
 
 modes=$(cd out/p && stat -c '%a %n' zentrix lnxfwvt2 README 3C01bc.bin . | tr '\n' ' ')
 [ "$modes" = "755 zentrix 755 lnxfwvt2 644 README 644 3C01bc.bin 755 . " ] ||
@@ -129,9 +129,10 @@ modes=$(cd out/p && stat -c '%a %n' zentrix lnxfwvt2 README 3C01bc.bin . | tr '\
 tar tzf out/p.tar.gz | LC_ALL=C sort -c || complain "not in order"
 
 # The same content, of another time and with other permissions.
-mkdir again
+mkdir -m g+s again
 cp -r images again/images
 find again -type f -exec chmod 600 {} + -exec touch -d 2001-01-01 {} +
+! grep -q 'signed: \|@' out/p/README || complain "unfinished: $(cat out/p/README)"
 (umask 077 && package --build-version "$longest" --images again/images --out again/p) ||
     complain "again: $(cat said)"
 cmp out/p.tar.gz again/p.tar.gz || complain "not the same twice"
@@ -142,11 +143,14 @@ diff -r out/p again/unpacked/p || complain "the archive isn't the directory"
 
 # says COMMIT: what the README of a package out of the copied tree says.
 says() {
+    local commit=${1#commit }
     rm -rf named named.tar.gz
     copied/script/package --any-width --build "$build" --flash-tool tool --images images \
         --build-version $version --out named >said 2>&1 || complain "copied: $(cat said)"
     grep -qx "zentrix $zentrix, packed from $1" named/README ||
         complain "not packed from $1, but: $(grep zentrix named/README | head -n 1)"
+    "$build/package_describe" show <named/package.json |
+        grep -qx "zentrix $zentrix, commit ${commit/#an unknown commit/-}" || complain "described: $1"
 }
 commit_copy() {
     git -C copied add -A
@@ -167,7 +171,13 @@ fi
 
 # A rehearsal package does what its README says, by the commands that it names.
 package "${virtual[@]}" one --out out/rehearsal || complain "virtual: $(cat said)"
-! grep -q adapters.json out/rehearsal/SHA256SUMS || complain "the adapters have a sum"
+"$tree/script/package" --build "$build" --describe out/rehearsal >table || complain "not described"
+grep -qE '^3C01mba\.bin +3C01 +mba +7\.12\.1 +90 +[0-9a-f]{64}$' table || complain "in the table: $(cat table)"
+"$tree/script/package" --build "$build" --describe out/rehearsal.tar.gz | cmp - table || complain "another table"
+for file in out/p out/rehearsal; do
+    python3 -c 'import json, jsonschema, sys; jsonschema.validate(*(json.load(open(name)) for name in sys.argv[1:]))' \
+        $file/package.json "$tree/docs/package.schema.json" || complain "no data: $file"
+done
 # /build is shown for the libraries of its programs, where a stand-in holds no others.
 "$tree/script/sandbox" --ro "$work/out/rehearsal.tar.gz:/rehearsal.tar.gz" --ro "$build:/build" -- sh -euc '
     mkdir /root/empty

@@ -1,0 +1,171 @@
+#!/usr/bin/env bash
+# Signed packages, and what script/package and script/verify leave behind when they are killed or the
+# disk is full: never a package that isn't whole and can be verified, nor a yes to one. In
+# script/sandbox, where keys and disks are gone with it.
+#
+#   tests/package/faults_test.sh BUILD_DIR [EVERY]
+#
+# script/package is killed before each of its commands, or only every EVERYth.
+set -eu
+
+tree=$(cd "$(dirname "$0")/../.." && pwd)
+every=${2-1}
+work=$(mktemp -d)
+cd "$work"
+failures=0
+runs=0
+export GNUPGHOME=$work/gnupg SOURCE_DATE_EPOCH=1710000000
+mkdir -m 700 gnupg
+umask 022
+
+complain() {
+    echo "FAILED: $*" >&2
+    failures=$((failures + 1))
+}
+
+# package ARGUMENT...: a later argument takes the place of an earlier one.
+package() {
+    runs=$((runs + 1))
+    "$tree/script/package" --any-width --build build --flash-tool tool --images images \
+        --build-version 7.12b.4.3a --sign good --out out/p "$@" >said 2>&1
+}
+
+# key NAME TIME
+key() {
+    gpg --batch -q --passphrase '' --faked-system-time "$2!" --quick-generate-key "$1" ed25519 sign never 2>>gpg.log
+    gpg --batch -q --export "$1" >"$1.gpg"
+}
+
+key good 20240101T000000
+key young 20250101T000000
+mkdir out images build
+cp "$1"/package_{check,describe} build
+sed -nE 's/^project\(zentrix VERSION ([0-9.]+).*/\1/p' "$tree/CMakeLists.txt" >build/zentrix
+echo firmware >images/3C01bc.bin
+printf '#!/bin/sh\n' >tool
+chmod +x tool
+
+# ---- Signed by a key of gpg's, twice the same.
+
+package || complain "not signed: $(cat said)"
+for package in out/p out/p.tar.gz; do
+    "$tree/script/verify" $package good.gpg | grep -q 'signed on 2024-03-09 by' || complain "another date: $package"
+done
+for pattern in 'zentrix\.gpg SHA256SUMS\.asc' '^p\.tar\.gz\.asc p\.tar\.gz$'; do
+    grep -q "$pattern" out/p/README || complain "no $pattern in its README"
+done
+# The README's own lines say so, too; those after them run zentrix.
+cp good.gpg /root/zentrix.gpg
+sed -n 's/^    # //p' out/p/README | head -n 4 >lines
+(cd out/p && sh -eu "$work/lines") >said 2>&1 || complain "the README's lines fail"
+shown=$(grep -o '^\[GNUPG:\] GOODSIG\|^[^[g].*' said | sort | tr '\n' '|')
+[ "$shown" = 'SHA256SUMS|SHA256SUMS.asc|[GNUPG:] GOODSIG|' ] || complain "the README's lines show: $shown"
+mv out whole
+mkdir out
+(umask 077 && package) || complain "not signed again: $(cat said)"
+diff -r whole out || complain "not signed twice the same"
+rm -r out/p out/p.tar.gz
+! package || complain "written over a signature"
+rm out/p.tar.gz.asc
+for key in nobody young; do
+    ! package --sign $key || complain "signed by $key"
+    grep -q "gpg can't sign by $key" said || complain "no reason: $(cat said)"
+    [ -z "$(ls -A out)" ] || complain "left behind for $key: $(ls -A out)"
+done
+
+# ---- Killed, or out of disk.
+
+# judge CASE: what lies in out/ now, under whatever name. What can be verified is as it would be.
+judge() {
+    local found
+    while IFS= read -r -d '' found; do
+        case $found in
+            *.tar.gz)
+                ! "$tree/script/verify" --unsigned "$found" >/dev/null 2>&1 || cmp "$found" whole/p.tar.gz
+                ;;
+            *)
+                ! "$tree/script/verify" --unsigned "$found" >/dev/null 2>&1 ||
+                    diff -r -x SHA256SUMS.asc "$found" whole/p
+                ! "$tree/script/verify" "$found" good.gpg >/dev/null 2>&1 || diff -r "$found" whole/p
+                ;;
+        esac || complain "$1: $found can be verified, but isn't whole"
+    done < <(find out -path '*/fleet' -prune -o \( -name '*.tar.gz' -o -type d \) -print0)
+    for found in out/*; do
+        diff -r "$found" "whole/${found#out/}" || complain "$1: $found isn't whole"
+    done
+    [ ! -e out/p.tar.gz.asc ] || diff -r whole/p out/p || complain "$1: a signature, but not all the rest"
+}
+
+clean() {
+    rm -rf out/* out/.package.*
+}
+
+shopt -s nullglob
+# shellcheck disable=SC2016 # it is to expand over there
+echo '[[ $0 != */script/package ]] || { set -T; commands=0; trap '\''((++commands != at)) || kill -$signal $$'\'' DEBUG; }' >kill.sh
+# Once with signals that it can clean up after, then with the one that it can't.
+for signal in TERM INT KILL; do
+    step=$every
+    [ $signal = KILL ] || step=$((every * 5))
+    for ((at = 1; ; at += step)); do
+        ! BASH_ENV=$work/kill.sh at=$at signal=$signal package 2>/dev/null || break
+        judge "$signal before command $at"
+        left=$(cd out && echo .package.* *)
+        [[ $signal == KILL || $left == '' || $left == 'p p.tar.gz p.tar.gz.asc' ]] ||
+            complain "$signal before command $at left $left"
+        clean
+    done
+    [ $at -gt 100 ] || complain "not killed at $at: $(cat said)"
+    judge "not killed"
+    clean
+done
+
+# Its programs with it, wherever they are.
+for ((moment = 1; moment <= 40; moment += every)); do
+    setsid "$tree/script/package" --any-width --build build --flash-tool tool --images images \
+        --build-version 7.12b.4.3a --sign good --out out/p >said 2>&1 &
+    sleep "0.$(printf %02d $moment)"
+    kill -KILL -- -$! 2>/dev/null || true
+    wait $! 2>/dev/null || true
+    runs=$((runs + 1))
+    judge "killed after 0.$moment s"
+    clean
+done
+
+full=0
+for ((room = 4; ; room += 4)); do
+    mount -n -t tmpfs -o size=${room}k tmpfs out
+    status=0
+    package || status=$?
+    judge "$room KiB"
+    if [ $status != 0 ] && [ "$(ls -A out)" ]; then
+        complain "left behind in $room KiB: $(ls -A out)"
+    fi
+    # At once, though a program that script/verify read from may not have ended yet.
+    umount -n -l out
+    [ $status != 0 ] || break
+    full=$((full + 1))
+done
+[ $full -gt 10 ] || complain "a full disk was met $full times"
+
+# What script/verify asks ends before it answers, or half-way: then the answer isn't yes.
+mkdir bin
+for tool in stat sha256sum tar gpgv cat; do
+    real=$(type -P $tool)
+    for bytes in 0 60 150; do
+        printf '#!/bin/bash\n%q "$@" | head -c %d\nkill -KILL $$\n' "$real" $bytes >bin/$tool
+        chmod +x bin/$tool
+        for package in whole/p whole/p.tar.gz; do
+            case $tool$package in stat*gz | sha256sum*gz | cat*gz | tar*p) continue ;; esac
+            status=0
+            PATH=$work/bin:$PATH "$tree/script/verify" $package good.gpg >answer 2>/dev/null || status=$?
+            if [ $status = 0 ] || [ -s answer ]; then
+                complain "yes to $package, though $tool was killed after $bytes bytes"
+            fi
+        done
+        rm bin/$tool
+    done
+done
+
+echo "$runs runs of script/package, $full of them with a full disk"
+[ $failures = 0 ]
