@@ -178,6 +178,7 @@ ToolLine readToolLine(std::string_view line) {
     static const PatternTable table = takeTableApart();
     const std::string_view text = trimmed(line);
     ToolLine found;
+    found.text = text;
     for (size_t i = 0; !text.empty() && i < linePatternCount; i++) {
         if (match(table.rows[i], text, found)) {
             found.kind = linePatterns[i].kind;
