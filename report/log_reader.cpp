@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "command_text.h"
 #include "commands.h"
 #include "effects.h"
 #include "quotes.h"
@@ -59,6 +60,33 @@ void readLine(LogReader& reader, std::string_view line, size_t number) {
     }
     reader.at.quote = Quote::none;
     readToolText(reader, own);
+}
+
+// Of a command's output, only a line with the result of one can be its end.
+size_t skippableBytes(const LogReader& reader, std::string_view bytes) {
+    if (reader.at.quote != Quote::output || !reader.at.quotedText) {
+        return 0;
+    }
+    const size_t result = bytes.find(returnedCode);
+    const size_t within = result != std::string_view::npos ? result : bytes.rfind('\n');
+    if (within == std::string_view::npos || within == 0) {
+        return 0;
+    }
+    const size_t feed = bytes.rfind('\n', within - 1);
+    return feed == std::string_view::npos ? 0 : feed + 1;
+}
+
+void readBytes(LogReader& reader, LineCutter& cutter, std::string_view bytes) {
+    cutLines(
+        cutter, bytes,
+        [&reader](std::string_view line, size_t number) { readLine(reader, line, number); },
+        [&reader](std::string_view rest) { return skippableBytes(reader, rest); });
+}
+
+void readRest(LogReader& reader, LineCutter& cutter) {
+    finishLines(cutter, [&reader](std::string_view line, size_t number) {
+        readLine(reader, line, number);
+    });
 }
 
 Run finishLog(LogReader& reader) {

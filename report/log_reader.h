@@ -31,12 +31,22 @@
 #include <cstddef>
 #include <string_view>
 
+#include "line_cutter.h"
 #include "reader_state.h"
 
 namespace report {
 
 // Takes the next line, without its line feed.
 void readLine(LogReader& reader, std::string_view line, size_t number);
+
+// How many of these bytes, which begin with a line, are whole lines that decide
+// nothing, so that readLine() needn't see them. At least the last line isn't, so
+// that the number of lines is known in the end.
+size_t skippableBytes(const LogReader& reader, std::string_view bytes);
+
+// Takes the next bytes of the log, however many, and ends it behind the last.
+void readBytes(LogReader& reader, LineCutter& cutter, std::string_view bytes);
+void readRest(LogReader& reader, LineCutter& cutter);
 
 // Ends the log. The run is the reader's no longer.
 Run finishLog(LogReader& reader);

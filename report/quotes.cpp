@@ -105,6 +105,10 @@ std::string_view endOfForgery(LogReader& reader, std::string_view line) {
     if (findReturn(line, found)) {
         return findCheckpoint(reader, found.command) != nullptr ? found.line : line;
     }
+    const std::string_view text = trimmed(line);
+    if (!endsWith(text, "***") && !endsWith(text, "!!!")) {
+        return line;
+    }
     for (const std::string_view begin : {"*** Successfully completed ", "!!! Error performing "}) {
         const size_t at = line.rfind(begin);
         if (at != std::string_view::npos) {
