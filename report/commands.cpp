@@ -69,6 +69,7 @@ static void judgeReturn(LogReader& reader, std::string_view line, int code) {
     if (isFlash(line)) {
         closeFlash(reader, code);
     } else if (line == listCommand) {
+        reader.run.listings.emplace_back();
         beginQuote(reader, Quote::listing, std::string(listingKey));
     } else if (line == "rm q") {
         at.removedQuitFile = true;

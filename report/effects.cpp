@@ -85,6 +85,7 @@ static void beginDirectory(LogReader& reader, const ToolLine& line) {
     const char* step = at.awaited == Awaited::stamp ? "stamp "
                        : at.awaited == Awaited::crc ? "crc "
                                                     : "directory ";
+    reader.run.directories.push_back({at.directoryOf, {}});
     beginQuote(reader, Quote::directory, step + at.directoryOf);
 }
 
@@ -102,6 +103,10 @@ static void beginVisit(LogReader& reader, const ToolLine& line) {
 static void beginStampCheck(LogReader& reader, const ToolLine& line) {
     if (Visit* visit = visitOf(reader, line.fields[0])) {
         visit->stampRead = true;
+        int subsystem = 0;
+        if (readNumber(line.fields[2], subsystem)) {
+            visit->subsystem = subsystem;
+        }
     }
 }
 

@@ -45,6 +45,14 @@ static void readToolText(LogReader& reader, std::string_view line) {
     }
 }
 
+static void keepQuoted(Run& run, Quote quote, std::string_view line) {
+    if (quote == Quote::listing) {
+        takeListed(run.listings.back(), line);
+    } else if (quote == Quote::directory) {
+        takeListed(run.directories.back(), line);
+    }
+}
+
 void readLine(LogReader& reader, std::string_view line, size_t number) {
     reader.number = number;
     if (number == 1) {
@@ -54,7 +62,9 @@ void readLine(LogReader& reader, std::string_view line, size_t number) {
         return;
     }
     reader.at.headerOnly = reader.at.headerOnly && (number == 1 || trimmed(line).empty());
+    const Quote quote = reader.at.quote;
     const std::string_view own = endOfQuote(reader, line);
+    keepQuoted(reader.run, quote, line.substr(0, line.size() - own.size()));
     if (own.empty()) {
         return;
     }
@@ -103,6 +113,9 @@ Run finishLog(LogReader& reader) {
         run.cutOff = true;
         run.cutIn = at.isOpen ? at.open : "";
         run.exitStatus.reset();
+    }
+    if (at.quote == Quote::directory) {
+        run.directories.pop_back();  // nobody knows how it goes on
     }
     return std::move(reader.run);
 }

@@ -15,6 +15,8 @@ static Checkpoint remember(const LogReader& reader, std::string key) {
     checkpoint.key = std::move(key);
     checkpoint.position = reader.at;
     checkpoint.macs = run.macs.size();
+    checkpoint.listings = run.listings.size();
+    checkpoint.directories = run.directories.size();
     checkpoint.before = run.before.size();
     checkpoint.after = run.after.size();
     checkpoint.visits = run.visits.size();
@@ -55,6 +57,8 @@ static void goBack(LogReader& reader, const Checkpoint& to) {
     Run& run = reader.run;
     reader.at = to.position;
     run.macs.resize(to.macs);
+    run.listings.resize(to.listings);
+    run.directories.resize(to.directories);
     run.before.resize(to.before);
     run.after.resize(to.after);
     run.hasAfter = to.hasAfter;

@@ -47,6 +47,8 @@ struct Checkpoint {
     std::optional<int> code;  // with which the command was closed
     Position position;
     size_t macs = 0;
+    size_t listings = 0;
+    size_t directories = 0;
     size_t before = 0;
     size_t after = 0;
     size_t visits = 0;
