@@ -5,14 +5,20 @@
 //   mkimage --fleet DIR     copies a ready fleet's adapters.json and
 //                           BuildVersion.txt there, and makes what its
 //                           images.list lists
+//   mkimage --newer         for every component in adapters.json, writes an image
+//                           that is newer than what any adapter of its device has
 
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <map>
 #include <sstream>
+#include <string>
+#include <utility>
 
 #include "component.h"
 #include "exit_code.h"
+#include "fleet.h"
 #include "image.h"
 #include "text.h"
 
@@ -58,8 +64,62 @@ void makeFleet(const std::string& directory) {
     makeListed(directory + "/images.list");
 }
 
+// The next version: its last number plus one.
+std::string newerThan(std::string version) {
+    const size_t last = version.find_last_of("0123456789");
+    if (last == std::string::npos) {
+        return version + ".1";
+    }
+    const size_t before = version.find_last_not_of("0123456789", last);
+    const size_t first = before == std::string::npos ? 0 : before + 1;
+    std::string number = version.substr(first, last + 1 - first);
+    size_t at = number.size();
+    while (at > 0 && number[at - 1] == '9') {
+        number[--at] = '0';
+    }
+    if (at == 0) {
+        number.insert(0, "1");
+    } else {
+        number[at - 1]++;
+    }
+    return version.replace(first, last + 1 - first, number);
+}
+
+// The components that decide which image kinds a device needs, with the newest
+// version of each.
+using Installed = std::map<std::pair<std::string, std::string>, std::string>;
+
+Installed findInstalled(const Fleet& fleet) {
+    Installed installed;
+    for (const Json& adapter : fleet.document["adapters"]) {
+        for (const auto& [name, entry] : adapter["components"].items()) {
+            const std::string version = componentText(entry, "version", "");
+            std::string& newest = installed[{adapter["device"].get<std::string>(), name}];
+            if (strverscmp(newest.c_str(), version.c_str()) < 0) {
+                newest = version;
+            }
+        }
+    }
+    return installed;
+}
+
+void makeNewer() {
+    for (const auto& [carrier, version] : findInstalled(loadFleet())) {
+        const auto& [device, name] = carrier;
+        for (const char* kind : {name.c_str(), name == "mba" ? "mbaf" : nullptr}) {
+            if (kind != nullptr && imageNamed(kind) != nullptr) {
+                const Image image = {device, kind, newerThan(version)};
+                checkImage(image);
+                replaceFile(image.device + image.component + ".bin", imageText(image));
+            }
+        }
+    }
+}
+
 void run(int argc, char** argv) {
-    if (argc == 3 && strcmp(argv[1], "--list") == 0) {
+    if (argc == 2 && strcmp(argv[1], "--newer") == 0) {
+        makeNewer();
+    } else if (argc == 3 && strcmp(argv[1], "--list") == 0) {
         makeListed(argv[2]);
     } else if (argc == 3 && strcmp(argv[1], "--fleet") == 0) {
         makeFleet(argv[2]);
@@ -70,8 +130,9 @@ void run(int argc, char** argv) {
             throw Failure(exitOutput, "the image can't be written");
         }
     } else {
-        throw Failure(exitUsage,
-                      "usage: mkimage DEVICE COMPONENT VERSION | --list FILE | --fleet DIR");
+        throw Failure(
+            exitUsage,
+            "usage: mkimage DEVICE COMPONENT VERSION | --list FILE | --fleet DIR | --newer");
     }
 }
 

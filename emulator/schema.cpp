@@ -100,7 +100,7 @@ constexpr Rule portRules[] = {
     {"mac", mac, true},         {"device", number},   {"function", number}, {"driver", textOrNull},
     {"partitionMacs", macList}, {"libraryMac", text}, {"listed", flag},     {"reported", flag}};
 constexpr Rule componentRules[] = {
-    {"version", word, true}, {"name", word}, {"type", text}, {"enabled", flag}};
+    {"version", word, true}, {"name", word}, {"type", text}, {"line", text}, {"enabled", flag}};
 constexpr Rule vpdRules[] = {{"V0", text}, {"YB", text}};
 constexpr Rule commandFaultRules[] = {
     {"command", object, true}, {"times", number},  {"delay", number},

@@ -43,12 +43,17 @@ ExitCode showDirectory(Session& session) {
     for (const auto& [name, entry] : componentsOf(session).items()) {
         const ComponentKind& kind = *componentNamed(name);
         ++number;
+        const std::string version = componentText(entry, "version", "");
+        const std::string line = componentText(entry, "line", "");
+        if (!line.empty()) {
+            say(session, line + version + "\n");
+            continue;
+        }
         // The version stays the last word of its line: readers take it from there.
         say(session, format(" %3u  %-9s  %-20s  %08x  %-8s  %s\n", number,
                             componentText(entry, "name", kind.listedAs).c_str(),
                             componentText(entry, "type", kind.type).c_str(), number * 0x8000,
-                            componentEnabled(entry) ? "enabled" : "disabled",
-                            componentText(entry, "version", "").c_str()));
+                            componentEnabled(entry) ? "enabled" : "disabled", version.c_str()));
     }
     say(session, number == 0 ? " The firmware directory is empty.\n\n" : "\n");
     return exitDone;

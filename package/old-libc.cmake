@@ -14,12 +14,12 @@ set(CMAKE_SYSROOT ${tree})
 # option: the older headers look wrong to a newer compiler.
 set(CMAKE_C_FLAGS_INIT "-m32 -march=i686 -mtune=generic")
 set(CMAKE_CXX_FLAGS_INIT "${CMAKE_C_FLAGS_INIT} -nostdinc++")
-string(APPEND CMAKE_CXX_FLAGS_INIT " -isystem ${headers} -isystem ${target_headers}")
+string(APPEND CMAKE_CXX_FLAGS_INIT " -isystem \"${headers}\" -isystem \"${target_headers}\"")
 string(APPEND CMAKE_CXX_FLAGS_INIT " -Wno-maybe-uninitialized")
 # A compiler for two widths looks into the host's 32-bit directories before the
 # system root's: -B puts the tree's start files first, -L its libraries.
 set(CMAKE_EXE_LINKER_FLAGS_INIT
-  "-s -B${tree}/usr/lib/ -L${runtime} -L${tree}/usr/lib/i386-linux-gnu")
+  "-s \"-B${tree}/usr/lib/\" \"-L${runtime}\" \"-L${tree}/usr/lib/i386-linux-gnu\"")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT ${CMAKE_EXE_LINKER_FLAGS_INIT})
 
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

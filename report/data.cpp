@@ -100,9 +100,12 @@ Json toData(const std::string& log, const Run& run, const Summary& summary) {
             {"next", summary.next}};
 }
 
-std::string dumpData(const Json& runs) {
-    const Json document = {{"format", "zentrix-report/1"}, {"runs", runs}};
+std::string dumpText(const Json& document) {
     return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+std::string dumpData(const Json& runs) {
+    return dumpText({{"format", "zentrix-report/1"}, {"runs", runs}});
 }
 
 }  // namespace report

@@ -14,7 +14,10 @@ using Json = nlohmann::ordered_json;
 // The run of one log. Bytes that are no UTF-8 stay in the texts until `dump`.
 Json toData(const std::string& log, const Run& run, const Summary& summary);
 
-// The whole document as text, always valid JSON in UTF-8.
+// As text, always valid JSON in UTF-8.
+std::string dumpText(const Json& document);
+
+// The whole document of these runs.
 std::string dumpData(const Json& runs);
 
 }  // namespace report

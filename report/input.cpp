@@ -81,20 +81,17 @@ std::vector<Source> findLogs(const std::vector<std::string>& arguments, bool new
 static bool readStream(int stream, LogReader& reader) {
     LineCutter cutter;
     std::string piece(size_t{1} << 16, '\0');
-    const auto take = [&reader](std::string_view line, size_t number) {
-        readLine(reader, line, number);
-    };
     for (;;) {
         const ssize_t length = read(stream, piece.data(), piece.size());
         if (length < 0 && errno != EINTR) {
             return false;
         }
         if (length == 0 || !reader.isLog) {
-            finishLines(cutter, take);
+            readRest(reader, cutter);
             return true;
         }
         if (length > 0) {
-            cutLines(cutter, std::string_view(piece.data(), static_cast<size_t>(length)), take);
+            readBytes(reader, cutter, {piece.data(), static_cast<size_t>(length)});
         }
     }
 }

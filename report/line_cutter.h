@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "line_feeds.h"
+
 namespace report {
 
 // Of a longer line the first and the last half of this is kept: the flash
@@ -23,10 +25,16 @@ struct LineCutter {
 void holdPiece(LineCutter& cutter, std::string_view piece);
 
 // Calls `take(line, number)` for each line that `bytes` completes, without its
-// line feed. The line lives until `take` returns; the first number is 1.
-template <typename Take>
-void cutLines(LineCutter& cutter, std::string_view bytes, Take&& take) {
+// line feed. The line lives until `take` returns; the first number is 1. Where a
+// line begins, `skip(rest)` may say how many bytes of whole lines nobody needs.
+template <typename Take, typename Skip>
+void cutLines(LineCutter& cutter, std::string_view bytes, Take&& take, Skip&& skip) {
     while (!bytes.empty()) {
+        if (const size_t skipped = cutter.held.empty() ? skip(bytes) : 0; skipped > 0) {
+            cutter.number += countLineFeeds(bytes.substr(0, skipped));
+            bytes.remove_prefix(skipped);
+            continue;
+        }
         const void* end = memchr(bytes.data(), '\n', bytes.size());
         if (end == nullptr) {
             holdPiece(cutter, bytes);
@@ -43,6 +51,11 @@ void cutLines(LineCutter& cutter, std::string_view bytes, Take&& take) {
         }
         bytes.remove_prefix(length + 1);
     }
+}
+
+template <typename Take>
+void cutLines(LineCutter& cutter, std::string_view bytes, Take&& take) {
+    cutLines(cutter, bytes, take, [](std::string_view) { return size_t{0}; });
 }
 
 // Hands out what stands behind the last line feed, if anything does.

@@ -29,71 +29,24 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
-#include <optional>
-#include <string>
 #include <string_view>
 
-#include "run.h"
+#include "line_cutter.h"
+#include "reader_state.h"
 
 namespace report {
 
-enum class Quote { none, output, listing, directory, yb };
-
-// What the next outcome line is about.
-enum class Awaited { nothing, flash, stamp, crc, blockRemoval, ybFix, switching };
-
-// All that changes from line to line, besides the records.
-struct Position {
-    Quote quote = Quote::none;
-    bool quotedText = false;  // something else than blanks was quoted
-    Awaited awaited = Awaited::nothing;
-    std::string open;  // the command that is being run
-    bool isOpen = false;
-    std::string broken;  // the beginning of a command that goes on in the next line
-    bool brokenReturn = false;
-    std::string directoryOf;  // the port whose directory is quoted
-    bool inTable = false;
-    bool tableIsSecond = false;
-    bool headerOnly = true;  // as the usage text leaves it
-    bool titleSeen = false;
-    int stampForces = -1;
-    int passStatus = 0;  // as the pass would end with now
-    Operation operation = Operation::none;
-    bool listed = false;    // the first discovery has ended
-    bool passOver = false;  // an update has come to its second discovery
-    bool removedQuitFile = false;
-    std::optional<int> exitStatus;
-};
-
-// Where a quote began, to go back to.
-struct Checkpoint {
-    std::string key;          // the command, or what else tells its closing line
-    std::optional<int> code;  // with which the command was closed
-    Position position;
-    size_t macs = 0;
-    size_t before = 0;
-    size_t after = 0;
-    size_t visits = 0;
-    size_t flashes = 0;
-    size_t switches = 0;
-    size_t findings = 0;
-    bool hasAfter = false;
-    std::optional<Visit> visit;  // the last ones, which may still change
-    std::optional<Flash> flash;
-    std::optional<Switch> lastSwitch;
-};
-
-struct LogReader {
-    Run run;
-    Position at;
-    std::deque<Checkpoint> checkpoints;  // of the latest quotes
-    size_t number = 0;                   // of the line that is read
-    bool isLog = true;                   // false when the first line is no log's
-};
-
 // Takes the next line, without its line feed.
 void readLine(LogReader& reader, std::string_view line, size_t number);
+
+// How many of these bytes, which begin with a line, are whole lines that decide
+// nothing, so that readLine() needn't see them. At least the last line isn't, so
+// that the number of lines is known in the end.
+size_t skippableBytes(const LogReader& reader, std::string_view bytes);
+
+// Takes the next bytes of the log, however many, and ends it behind the last.
+void readBytes(LogReader& reader, LineCutter& cutter, std::string_view bytes);
+void readRest(LogReader& reader, LineCutter& cutter);
 
 // Ends the log. The run is the reader's no longer.
 Run finishLog(LogReader& reader);

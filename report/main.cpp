@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "adapters.h"
 #include "data.h"
 #include "input.h"
 #include "screen.h"
@@ -26,6 +27,7 @@ struct Options {
     std::vector<std::string> logs;
     std::string output;
     bool json = false;
+    bool adapters = false;
     bool newest = false;
 };
 
@@ -68,6 +70,15 @@ static bool writeText(const std::string& path, const std::string& text) {
     return (path.empty() ? fflush(file) : fclose(file)) == 0 && written;
 }
 
+static bool writeOutput(const Options& options, const std::string& text) {
+    if (!writeText(options.output, text)) {
+        sayTrouble(options.output.empty() ? "standard output" : options.output,
+                   "cannot be written");
+        return false;
+    }
+    return true;
+}
+
 static ExitStatus makeReport(const Options& options) {
     const bool colour =
         options.output.empty() && isatty(STDOUT_FILENO) != 0 && getenv("NO_COLOR") == nullptr;
@@ -76,15 +87,25 @@ static ExitStatus makeReport(const Options& options) {
         addLog(options, colour, source, result);
     }
     const std::string text = options.json ? dumpData(result.runs) : result.screen;
-    if (!writeText(options.output, text)) {
-        sayTrouble(options.output.empty() ? "standard output" : options.output,
-                   "cannot be written");
-        return exitUnreadable;
-    }
-    if (result.unreadable) {
+    if (!writeOutput(options, text) || result.unreadable) {
         return exitUnreadable;
     }
     return result.leftToDo ? exitLeftToDo : exitClean;
+}
+
+// All or nothing: a rehearsal on half of a server's adapters would mislead.
+static ExitStatus makeAdapters(const Options& options) {
+    Server server;
+    for (const Source& source : findLogs(options.logs, options.newest)) {
+        Run run;
+        std::string trouble = source.trouble;
+        if (!trouble.empty() || !readLog(source.path, run, trouble) ||
+            !takeRun(server, run, trouble)) {
+            sayTrouble(source.path, trouble);
+            return exitUnreadable;
+        }
+    }
+    return writeOutput(options, dumpText(toAdapters(server))) ? exitClean : exitUnreadable;
 }
 
 static ExitStatus run(int argc, char** argv) {
@@ -93,6 +114,9 @@ static ExitStatus run(int argc, char** argv) {
     app.add_option("LOG", options.logs, "a log, a directory of logs, or - for standard input")
         ->required();
     app.add_flag("--json", options.json, "write data instead of a screen");
+    app.add_flag("--adapters", options.adapters,
+                 "write adapters.json for virtual adapters like those in the logs")
+        ->excludes("--json");
     app.add_flag("--newest", options.newest, "of each directory, the newest log only");
     app.add_option("--output", options.output, "write to this file")->type_name("FILE");
     try {
@@ -100,7 +124,7 @@ static ExitStatus run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? exitClean : exitUsage;
     }
-    return makeReport(options);
+    return options.adapters ? makeAdapters(options) : makeReport(options);
 }
 
 }  // namespace report

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "inventory.h"
 #include "tool_line.h"
 
 namespace report {
@@ -42,6 +43,7 @@ struct Visit {
     std::string driver;
     size_t line = 0;
     bool stampRead = false;             // the build version was there
+    std::optional<int> subsystem;       // PCI subsystem ID, where a stamp was read
     std::optional<std::string> onCard;  // the stamp before this turn
     std::optional<std::string> build;   // what was to be stamped
     bool stamped = false;
@@ -99,6 +101,8 @@ struct Run {
     std::string cutIn;  // the command during which the log ends; may be empty
     size_t lines = 0;
     std::vector<std::string> macs;  // the listed ports, in order
+    std::vector<Listing> listings;
+    std::vector<Directory> directories;  // in the order of the log; a port may have several
     std::vector<Port> before;
     std::vector<Port> after;
     bool hasAfter = false;

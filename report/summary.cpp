@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <set>
+#include <utility>
 
 namespace report {
 
@@ -13,26 +15,6 @@ static void addOnce(std::vector<Value>& values, const Value& value) {
 }
 
 // --- Adapters
-
-static AdapterSummary* adapterOf(Summary& summary, const std::string& mac) {
-    for (AdapterSummary& adapter : summary.adapters) {
-        for (const PortSummary& port : adapter.ports) {
-            if (port.mac == mac) {
-                return &adapter;
-            }
-        }
-    }
-    return nullptr;
-}
-
-static const Port* rowOf(const std::vector<Port>& table, const std::string& mac) {
-    for (const Port& port : table) {
-        if (port.mac == mac) {
-            return &port;
-        }
-    }
-    return nullptr;
-}
 
 using Rows = std::map<std::string, const Port*>;
 
@@ -66,9 +48,9 @@ static AdapterSummary& placeFor(Summary& summary, const Port* row) {
     return summary.adapters.back();
 }
 
-static void addPorts(const Run& run, Summary& summary) {
-    const Rows before = indexRows(run.before);
-    const Rows after = indexRows(run.after);
+// Those of the table, or of the list where there is none, and any that the pass
+// visits besides.
+static std::vector<std::string> macsOf(const Run& run) {
     std::vector<std::string> macs;
     for (const Port& port : run.before) {
         macs.push_back(port.mac);
@@ -76,12 +58,19 @@ static void addPorts(const Run& run, Summary& summary) {
     if (run.before.empty()) {
         macs = run.macs;
     }
+    std::set<std::string> told(macs.begin(), macs.end());
     for (const Visit& visit : run.visits) {
-        if (before.count(visit.mac) == 0) {
-            addOnce(macs, visit.mac);
+        if (told.insert(visit.mac).second) {
+            macs.push_back(visit.mac);
         }
     }
-    for (const std::string& mac : macs) {
+    return macs;
+}
+
+static void addPorts(const Run& run, Summary& summary) {
+    const Rows before = indexRows(run.before);
+    const Rows after = indexRows(run.after);
+    for (const std::string& mac : macsOf(run)) {
         PortSummary port;
         port.mac = mac;
         port.before = findRow(before, mac);
@@ -126,24 +115,29 @@ static void addVisit(const Visit& visit, AdapterSummary& adapter, bool isFirst) 
     adapter.yb = std::max(adapter.yb, visit.yb);
 }
 
-static void addWork(const Run& run, Summary& summary) {
-    std::vector<const AdapterSummary*> seen;
-    for (const Visit& visit : run.visits) {
-        AdapterSummary* adapter = adapterOf(summary, visit.mac);
-        if (adapter == nullptr) {
-            continue;
+static std::map<std::string, AdapterSummary*> indexAdapters(Summary& summary) {
+    std::map<std::string, AdapterSummary*> adapters;
+    for (AdapterSummary& adapter : summary.adapters) {
+        for (const PortSummary& port : adapter.ports) {
+            adapters.emplace(port.mac, &adapter);
         }
-        const bool isFirst = std::find(seen.begin(), seen.end(), adapter) == seen.end();
-        seen.push_back(adapter);
-        addVisit(visit, *adapter, isFirst);
+    }
+    return adapters;
+}
+
+// Every port that was visited or flashed is one of the summary's.
+static void addWork(const Run& run, Summary& summary) {
+    const std::map<std::string, AdapterSummary*> adapters = indexAdapters(summary);
+    std::set<const AdapterSummary*> seen;
+    for (const Visit& visit : run.visits) {
+        AdapterSummary* adapter = adapters.at(visit.mac);
+        addVisit(visit, *adapter, seen.insert(adapter).second);
         if (visit.build) {
             summary.buildVersion = visit.build;
         }
     }
     for (const Flash& flash : run.flashes) {
-        if (AdapterSummary* adapter = adapterOf(summary, flash.mac)) {
-            adapter->flashes.push_back(&flash);
-        }
+        adapters.at(flash.mac)->flashes.push_back(&flash);
     }
 }
 
@@ -156,9 +150,21 @@ static bool needsForce(const Flash& flash) {
     return flash.stampForces == 1 || (flash.forced && !alwaysForced);
 }
 
+using Flashes = std::map<std::pair<std::string, std::string>, const Flash*>;
+
+// By port and component; the first of each counts.
+static Flashes indexFlashes(const Run& run) {
+    Flashes flashes;
+    for (const Flash& flash : run.flashes) {
+        flashes.emplace(std::make_pair(flash.mac, flash.component), &flash);
+    }
+    return flashes;
+}
+
 struct Work {
     const Run& run;
     Summary& summary;
+    Flashes flashes;
     unsigned actions = actNothing;
     bool failed = false;
     std::vector<std::string> errands = {};
@@ -169,13 +175,9 @@ struct Work {
 // What the manual page says of all texts about the second discovery.
 constexpr const char* lateAdapters = "the adapters are as the update left them.";
 
-static const Flash* flashOf(const Run& run, const Finding& finding) {
-    for (const Flash& flash : run.flashes) {
-        if (flash.mac == finding.mac && flash.component == finding.component) {
-            return &flash;
-        }
-    }
-    return nullptr;
+static const Flash* flashOf(const Work& work, const Finding& finding) {
+    const auto at = work.flashes.find({finding.mac, finding.component});
+    return at == work.flashes.end() ? nullptr : at->second;
 }
 
 static void addProblem(Work& work, const Finding& finding) {
@@ -197,7 +199,7 @@ static void addProblem(Work& work, const Finding& finding) {
     if ((advice->actions & actSupport) != 0) {
         addOnce(work.supportMacs, finding.mac);
     }
-    const Flash* flash = flashOf(work.run, finding);
+    const Flash* flash = flashOf(work, finding);
     if (flash != nullptr && needsForce(*flash)) {
         work.actions |= actForce;
     }
@@ -210,7 +212,7 @@ static void addFindings(Work& work) {
         work.summary.dryRun = work.summary.dryRun || finding.kind == LineKind::skipped;
         if (!again) {
             addProblem(work, finding);
-        } else if (const Flash* flash = flashOf(work.run, finding)) {
+        } else if (const Flash* flash = flashOf(work, finding)) {
             work.actions |= needsForce(*flash) ? actForce : actNothing;
         }
     }
@@ -260,9 +262,10 @@ static const std::string* versionOf(const Port* port, const std::string& compone
     return nullptr;
 }
 
-static bool isUnchanged(const Run& run, const Flash& flash) {
-    const std::string* before = versionOf(rowOf(run.before, flash.mac), flash.component);
-    const std::string* after = versionOf(rowOf(run.after, flash.mac), flash.component);
+static bool isUnchanged(AdapterSummary& adapter, const Flash& flash) {
+    const PortSummary* port = portOf(adapter, flash.mac);
+    const std::string* before = versionOf(port->before, flash.component);
+    const std::string* after = versionOf(port->after, flash.component);
     return before != nullptr && after != nullptr && *before == *after;
 }
 
@@ -270,16 +273,16 @@ static bool isUnchanged(const Run& run, const Flash& flash) {
 // A forced flash may write the same version again; but when not one of an
 // adapter with an older stamp changes, nothing may have been written at all.
 static void addUnchanged(Work& work) {
-    for (const AdapterSummary& adapter : work.summary.adapters) {
+    for (AdapterSummary& adapter : work.summary.adapters) {
         bool changed = false;
         for (const Flash* flash : adapter.flashes) {
             changed = changed ||
-                      (flash->outcome == FlashOutcome::updated && !isUnchanged(work.run, *flash));
+                      (flash->outcome == FlashOutcome::updated && !isUnchanged(adapter, *flash));
         }
         for (const Flash* flash : adapter.flashes) {
             const bool suspect = !flash->forced || (flash->stampForces == 1 && !changed);
             if (flash->outcome == FlashOutcome::updated && suspect &&
-                isUnchanged(work.run, *flash)) {
+                isUnchanged(adapter, *flash)) {
                 addProblem(work, {LineKind::unchanged, flash->line,
                                   "Updating " + flash->mac + " using file " + flash->image,
                                   flash->mac, flash->component});
@@ -457,7 +460,7 @@ Summary summarize(const Run& run) {
     Summary summary;
     addPorts(run, summary);
     addWork(run, summary);
-    Work work = {run, summary};
+    Work work = {run, summary, indexFlashes(run)};
     addFindings(work);
     addNotAccepted(work);
     addMissingBuildVersion(work);

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstring>
+#include <vector>
 
 namespace report {
 
@@ -162,14 +163,26 @@ static bool match(const Literals& literals, std::string_view line, ToolLine& fou
     return true;
 }
 
+struct Row {
+    LineKind kind;
+    Literals literals;
+};
+
+// The rows of the table that a line with this first byte may match, in order.
 struct PatternTable {
-    Literals rows[sizeof linePatterns / sizeof linePatterns[0]];
+    std::vector<Row> rows[256];
 };
 
 static PatternTable takeTableApart() {
     PatternTable table;
     for (size_t i = 0; i < linePatternCount; i++) {
-        table.rows[i] = takeApart(linePatterns[i].text);
+        const Row row = {linePatterns[i].kind, takeApart(linePatterns[i].text)};
+        const std::string_view first = row.literals.parts[0];
+        for (size_t byte = 0; byte < 256; byte++) {
+            if (first.empty() || static_cast<unsigned char>(first[0]) == byte) {
+                table.rows[byte].push_back(row);
+            }
+        }
     }
     return table;
 }
@@ -178,9 +191,13 @@ ToolLine readToolLine(std::string_view line) {
     static const PatternTable table = takeTableApart();
     const std::string_view text = trimmed(line);
     ToolLine found;
-    for (size_t i = 0; !text.empty() && i < linePatternCount; i++) {
-        if (match(table.rows[i], text, found)) {
-            found.kind = linePatterns[i].kind;
+    found.text = text;
+    if (text.empty()) {
+        return found;
+    }
+    for (const Row& row : table.rows[static_cast<unsigned char>(text[0])]) {
+        if (match(row.literals, text, found)) {
+            found.kind = row.kind;
             return found;
         }
     }

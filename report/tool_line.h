@@ -85,6 +85,7 @@ constexpr size_t maxFields = 4;
 
 struct ToolLine {
     LineKind kind = LineKind::unknown;
+    std::string_view text;               // without the blanks around it
     std::string_view fields[maxFields];  // what stood in angle brackets, in order
 };
 

@@ -104,13 +104,10 @@ inline std::string finish(bool clean, const std::string& boot = "7.12.5") {
 inline Run readText(const std::string& text, size_t pieceSize = 1 << 16) {
     LineCutter cutter;
     LogReader reader;
-    const auto take = [&reader](std::string_view line, size_t number) {
-        readLine(reader, line, number);
-    };
     for (size_t at = 0; at < text.size(); at += pieceSize) {
-        cutLines(cutter, std::string_view(text).substr(at, pieceSize), take);
+        readBytes(reader, cutter, std::string_view(text).substr(at, pieceSize));
     }
-    finishLines(cutter, take);
+    readRest(reader, cutter);
     return finishLog(reader);
 }
 
