@@ -94,26 +94,31 @@ def scenario_canary():
 
 def scenario_second_batch():
     """An adapter that is down in the second batch: the batch ends, the third is not reached."""
-    fleet = [Server("a"), Server("b", "driverless"), Server("c"), Server("d")]
+    facts = "/etc/ansible/facts.d"
+    unrecorded = Server("c", boot=f"mkdir -p {facts} && mount -t tmpfs -o ro,mode=755 tmpfs {facts}")
+    fleet = [Server("a"), Server("b", "driverless"), unrecorded, Server("d")]
     rollout = Rollout(*fleet)
     rows = rollout.run("second batch", 2, "-e", '{"zentrix_batches": [1, 2, "100%"]}', a="updated", b="adapter-down", c="updated", d="not-reached")
     expect("b's exit status", rows["b"]["exitStatus"], 172)
+    expect("c's reason", "could not be recorded" in rows["c"]["reason"], True)
     runs_on(*zip(fleet, (1, 1, 1, 0)))
 
 
 def scenario_unfit():
     """Servers that can't be updated are found before any is touched, or left out."""
     fleet = [Server("fit"), Server("marker", boot="touch /tmp/kvsupdbg-no-f-update.txt"), Server("loader", loader=False),
-               Server("full", boot="mount -t tmpfs -o size=1m tmpfs /var/log"), Server("away", listening=False)]
+               Server("full", boot="mount -t tmpfs -o size=1m tmpfs /var/log"), Server("away", listening=False),
+             Server("bare", ansible_python_interpreter="/nowhere/python3")]
     rollout = Rollout(*fleet)
-    states = {"marker": "unfit", "loader": "unfit", "full": "unfit", "away": "unreachable"}
+    states = {"marker": "unfit", "loader": "unfit", "full": "unfit", "away": "unreachable", "bare": "unfit"}
     untouched = fleet[0].files()
     rows = rollout.run("unfit", 2, fit="not-reached", **states)
     expect("what was touched", fleet[0].files(), untouched)
-    for name, word in (("marker", "dry-run marker"), ("loader", "libc6-i386"), ("full", "free for logs"), ("away", "can be reached over ssh")):
+    for name, word in (("marker", "dry-run marker"), ("loader", "libc6-i386"), ("full", "free for logs"), ("away", "can be reached over ssh"),
+                       ("bare", "/nowhere/python3")):
         expect(f"the reason of {name}", word in rows[name]["reason"], True)
     rollout.run("left out", 2, "-e", "zentrix_skip_unfit=true", fit="updated", **states)
-    runs_on(*zip(fleet, (1, 0, 0, 0, 0)))
+    runs_on(*zip(fleet, (1, 0, 0, 0, 0, 0)))
 
     keyring = servers.work / "keyring"
     keyring.touch()
@@ -123,7 +128,7 @@ def scenario_unfit():
         package.write(b"\0")
     expect("a damaged package", rollout.start("-e", "zentrix_force=true").wait(), 2)
     expect("servers looked at", "Look at all servers" in rollout.output.read_text(), False)
-    runs_on(*zip(fleet, (1, 0, 0, 0, 0)))
+    runs_on(*zip(fleet, (1, 0, 0, 0, 0, 0)))
 
 
 def scenario_interrupted():
