@@ -8,8 +8,18 @@
 
 namespace emulator {
 
+namespace {
+
+// Those of the machine, for packages that bring none of their own.
+const char* const installedFleet = "/var/lib/virtual-adapters/adapters.json";
+
+}  // namespace
+
 Fleet loadFleet() {
     char* real = realpath("adapters.json", nullptr);
+    if (real == nullptr && errno == ENOENT) {
+        real = realpath(installedFleet, nullptr);
+    }
     if (real == nullptr) {
         throw Failure(exitFleet, std::string("adapters.json: ") + strerror(errno));
     }

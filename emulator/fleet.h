@@ -20,7 +20,8 @@ struct Port {
     Json* port = nullptr;
 };
 
-// Reads adapters.json in the current directory. Throws Failure(exitFleet).
+// Reads adapters.json in the current directory, or, where there is none, in
+// /var/lib/virtual-adapters. Throws Failure(exitFleet).
 Fleet loadFleet();
 
 // Replaces the file that loadFleet read. Throws Failure(exitFleet).
