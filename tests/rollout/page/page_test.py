@@ -82,14 +82,16 @@ def check_data(tree, place, states):
 
 
 def check_readme(tree, states):
-    """The states and the role's variables, each described in a row of a table."""
+    """The states, and the variables of role and playbook, each described in a row of a table."""
     rows = (tree / "rollout/README.md").read_text()
     described = set(re.findall(r"^\| `(zentrix_\w+)`", rows, re.M))
     for state in states:
         expect(f"\n| {state['label']} |" in rows, f"rollout/README.md lacks {state['label']}")
-    for specs in tree.glob("rollout/roles/*/meta/argument_specs.yml"):
-        known = set(re.findall(r"^ +(zentrix_\w+):", specs.read_text(), re.M))
-        expect(described == known, f"variables of rollout/README.md and of the role: {described ^ known}")
+    specs = (tree / "rollout/roles/zentrix/meta/argument_specs.yml").read_text()
+    playbook = (tree / "rollout/playbook.yml").read_text()
+    known = set(re.findall(r"^ +(zentrix_\w+):", specs, re.M))
+    known |= set(re.findall(r"\{\{ (zentrix_\w+) \| default", playbook))
+    expect(described == known, f"variables of rollout/README.md and of the role: {described ^ known}")
 
 
 def render(tree, place):
