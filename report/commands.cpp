@@ -61,11 +61,38 @@ static void closeFlash(LogReader& reader, int code) {
     reader.at.awaited = Awaited::flash;
 }
 
+// The commands of a discovery, whose failure the tool passes over.
+static bool isReading(std::string_view line) {
+    const std::string_view verb = wordOf(line, 2);
+    return line == listCommand || (verb == "dir" && wordOf(line, 3).substr(0, 1) == ">");
+}
+
+static void noteFailedReading(LogReader& reader, std::string_view line, int code) {
+    const bool ofPort = line != listCommand;
+    const std::string told = std::string(commandResult) + std::string(line) +
+                             std::string(returnedCode) + std::to_string(code);
+    addFinding(reader, LineKind::notRead, told, ofPort ? wordOf(line, 1) : "");
+}
+
+static void beginYb(LogReader& reader, std::string_view line) {
+    Visit* visit = visitOf(reader, wordOf(line, 1));
+    if (wordOf(line, 4) != "vpdyb") {
+        return;
+    }
+    reader.at.quote = Quote::yb;
+    if (visit != nullptr && !visit->stampRead) {
+        visit->ybLine = reader.number;
+    }
+}
+
 // What the tool does with the result of a command decides what may come next.
 static void judgeReturn(LogReader& reader, std::string_view line, int code) {
     Position& at = reader.at;
     const std::string_view verb = wordOf(line, 2);
     const std::string_view subject = wordOf(line, 3);
+    if (code != 0 && isReading(line)) {
+        noteFailedReading(reader, line, code);
+    }
     if (isFlash(line)) {
         closeFlash(reader, code);
     } else if (line == listCommand) {
@@ -78,7 +105,7 @@ static void judgeReturn(LogReader& reader, std::string_view line, int code) {
     } else if (verb == "dir" && subject == "-delete") {
         at.awaited = Awaited::blockRemoval;
     } else if (verb == "cfg" && subject == "-show") {
-        at.quote = wordOf(line, 4) == "vpdyb" ? Quote::yb : Quote::none;
+        beginYb(reader, line);
     } else if (verb == "cfg" && subject == "-vpdyb") {
         at.awaited = Awaited::ybFix;
     } else if (verb == "cfg" && subject == "-noreset") {
@@ -122,6 +149,13 @@ static void breakCommand(LogReader& reader, std::string_view begin, bool isRetur
     reader.at.brokenReturn = isReturn;
 }
 
+// A list that has begun ends with the question that only "q" answers.
+static void noteBrokenListing(LogReader& reader) {
+    if (reader.run.listings.back().state == fwup::TableState::rows) {
+        addFinding(reader, LineKind::notRead, "The utility's list breaks off and may lack ports");
+    }
+}
+
 static void readOpening(LogReader& reader, std::string_view rest) {
     if (!endsWith(rest, "\"")) {
         breakCommand(reader, rest, false);
@@ -130,6 +164,7 @@ static void readOpening(LogReader& reader, std::string_view rest) {
     const std::string_view opened = rest.substr(0, rest.size() - 1);
     if (opened == removeList && reopen(reader, listingKey)) {
         reader.at.quote = Quote::none;
+        noteBrokenListing(reader);
     }
     openCommand(reader, opened);
 }

@@ -50,6 +50,7 @@ struct Visit {
     bool down = false;
     bool corrupted = false;
     CrcOutcome crc = CrcOutcome::none;
+    size_t ybLine = 0;  // where the field YB was asked for; 0 where it wasn't
     YbOutcome yb = YbOutcome::none;
 };
 

@@ -180,23 +180,43 @@ static const Flash* flashOf(const Work& work, const Finding& finding) {
     return at == work.flashes.end() ? nullptr : at->second;
 }
 
+// A port whose directory was not read shows no firmware, whatever it carries.
+static bool wasNotRead(const Run& run, const std::string& mac) {
+    return std::any_of(run.findings.begin(), run.findings.end(), [&mac](const Finding& finding) {
+        return finding.mac == mac && !finding.late &&
+               (finding.kind == LineKind::notRead || finding.kind == LineKind::noInventory);
+    });
+}
+
+static unsigned actionsFor(const Advice& advice, const Run& run, const Finding& finding) {
+    const bool misread = finding.kind == LineKind::corrupted && wasNotRead(run, finding.mac);
+    return misread ? unsigned{actForce} : advice.actions;
+}
+
+// Some of the tool's lines don't name the port that they are about.
+static std::string textWithPort(const Finding& finding) {
+    const bool named = finding.text.find(finding.mac) != std::string::npos;
+    return named ? finding.text : finding.text + " (port " + finding.mac + ")";
+}
+
 static void addProblem(Work& work, const Finding& finding) {
     const Advice* advice = adviceFor(finding.kind);
     if (advice == nullptr) {
         return;
     }
+    const unsigned actions = actionsFor(*advice, work.run, finding);
     const char* adapters = finding.late ? lateAdapters : advice->adapters;
     work.summary.problems.push_back(
-        {finding.line, finding.text, advice->cause, adapters, advice->next, finding.kind});
+        {finding.line, textWithPort(finding), advice->cause, adapters, advice->next, finding.kind});
     work.failed = work.failed || advice->failure;
-    work.actions |= advice->actions;
+    work.actions |= actions;
     if (advice->errand != nullptr) {
         addOnce(work.errands, std::string(advice->errand));
     }
-    if ((advice->actions & actDriver) != 0) {
+    if ((actions & actDriver) != 0) {
         addOnce(work.downMacs, finding.mac);
     }
-    if ((advice->actions & actSupport) != 0) {
+    if ((actions & actSupport) != 0) {
         addOnce(work.supportMacs, finding.mac);
     }
     const Flash* flash = flashOf(work, finding);
@@ -291,22 +311,65 @@ static void addUnchanged(Work& work) {
     }
 }
 
-static bool differ(const Port& a, const Port& b) {
-    return !std::equal(std::begin(a.versions), std::end(a.versions), std::begin(b.versions));
+// --- Answers that don't fit together
+
+static bool differ(const Port* a, const Port* b) {
+    return a != nullptr && b != nullptr &&
+           !std::equal(std::begin(a->versions), std::end(a->versions), std::begin(b->versions));
 }
 
-static void addDifferingPorts(Work& work) {
+// The first column that holds a version in one table only; null when there is none.
+static const char* columnThatCameOrWent(const PortSummary& port) {
+    for (size_t i = 0; port.before != nullptr && port.after != nullptr && i < versionColumns; i++) {
+        if ((port.before->versions[i] == "NA") != (port.after->versions[i] == "NA")) {
+            return columnNames[i];
+        }
+    }
+    return nullptr;
+}
+
+static std::string whatDiffers(const PortSummary& first, const PortSummary& port) {
+    const bool before = differ(first.before, port.before);
+    if (before || differ(first.after, port.after)) {
+        return first.mac + " and " + port.mac + " show different versions" +
+               (before && port.after != nullptr ? " in the first table" : "");
+    }
+    const char* column = columnThatCameOrWent(port);
+    return column == nullptr ? ""
+                             : port.mac + " shows " + column + " in one of the two tables only";
+}
+
+static void addDifferingAnswers(Work& work) {
     for (const AdapterSummary& adapter : work.summary.adapters) {
         for (const PortSummary& port : adapter.ports) {
-            const PortSummary& first = adapter.ports.front();
-            const bool second = port.after != nullptr && first.after != nullptr;
-            const Port* row = second ? port.after : port.before;
-            const Port* other = second ? first.after : first.before;
-            if (adapter.bus && row != nullptr && other != nullptr && differ(*row, *other)) {
-                addProblem(work, {LineKind::portsDiffer, 0,
-                                  first.mac + " and " + port.mac + " show different versions",
+            const std::string text = whatDiffers(adapter.bus ? adapter.ports.front() : port, port);
+            if (!text.empty()) {
+                addProblem(work, {LineKind::answersDiffer, 0, text, port.mac, ""});
+                work.actions |= work.run.hasAfter ? actForce : actNothing;
+            }
+        }
+    }
+}
+
+static void addUnknownPorts(Work& work) {
+    for (const AdapterSummary& adapter : work.summary.adapters) {
+        for (const PortSummary& port : adapter.ports) {
+            if (port.before != nullptr && port.before->bus < 0) {
+                addProblem(work, {LineKind::unknownToLibrary, 0, port.mac + " is on an unknown bus",
                                   port.mac, ""});
             }
+        }
+    }
+}
+
+// Each reading of the field YB has an outcome, unless nothing could be read.
+static void addUnreadYb(Work& work) {
+    for (const Visit& visit : work.run.visits) {
+        const bool over = !work.run.cutOff || &visit != &work.run.visits.back();
+        if (visit.ybLine != 0 && visit.yb == YbOutcome::none && over) {
+            addProblem(work,
+                       {LineKind::notRead, visit.ybLine,
+                        "The field YB of " + visit.mac + " could not be read", visit.mac, ""});
         }
     }
 }
@@ -465,7 +528,9 @@ Summary summarize(const Run& run) {
     addNotAccepted(work);
     addMissingBuildVersion(work);
     addUnchanged(work);
-    addDifferingPorts(work);
+    addDifferingAnswers(work);
+    addUnknownPorts(work);
+    addUnreadYb(work);
     addCutOff(work);
     summary.rebootNeeded = needsReboot(run);
     summary.outcome = outcomeOf(work);

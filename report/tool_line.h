@@ -69,8 +69,10 @@ enum class LineKind {
     buildVersionLost,
     cutOff,
     notAccepted,
+    notRead,
     unchanged,
-    portsDiffer,
+    answersDiffer,
+    unknownToLibrary,
     doubtful,
 };
 

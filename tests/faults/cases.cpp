@@ -68,6 +68,7 @@ const std::vector<Fault> allFaults = {
      [](unsigned) { e2e::makeReadOnly(e2e::packageDirectory); }},
     {"directory-full", Places::files, nullptr,
      [](unsigned place) { fillButFor(e2e::packageDirectory, place); }},
+    {"tool-killed", Places::commands, {{"groupSignal", "SIGKILL"}}, nullptr, false, true},
 };
 
 std::string nameOf(const Case& c) {

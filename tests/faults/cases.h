@@ -27,6 +27,7 @@ struct Fault {
     e2e::Json effect;                   // at the place, as adapters.json has it; or null
     void (*spoil)(unsigned) = nullptr;  // changes the surroundings; or null
     bool losesLog = false;
+    bool kills = false;  // the tool itself, in the midst of a command
 };
 
 extern const std::vector<Mode> modes;

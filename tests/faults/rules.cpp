@@ -3,6 +3,8 @@
 #include <csignal>
 #include <filesystem>
 
+#include "report_rules.h"
+
 namespace faults {
 
 namespace fs = std::filesystem;
@@ -48,6 +50,9 @@ static bool runEnds(const Trial& trial) {
 
 static bool statusIsKnown(const Trial& trial) {
     const int status = trial.first.result.status;
+    if (trial.place.fault->kills) {
+        return status == 128 + SIGKILL;
+    }
     return status == 0 || status == 1 || status == 171 || status == 172;
 }
 
@@ -97,9 +102,13 @@ static int statusByLog(const std::string& log) {
                                      : lastFailure(log.substr(pass), failuresInPass);
 }
 
+// The log doesn't say how the run ended.
+static bool endsUntold(const Trial& trial) {
+    return trial.place.fault->losesLog || trial.place.fault->kills;
+}
+
 static bool statusAgreesWithLog(const Trial& trial) {
-    return trial.place.fault->losesLog ||
-           trial.first.result.status == statusByLog(trial.first.result.log);
+    return endsUntold(trial) || trial.first.result.status == statusByLog(trial.first.result.log);
 }
 
 static bool lastWordsAgreeWithStatus(const Trial& trial) {
@@ -107,7 +116,7 @@ static bool lastWordsAgreeWithStatus(const Trial& trial) {
     const bool failed =
         result.status == 171 || (passIn(result.log) != std::string::npos && result.status != 0);
     const bool done = trial.place.mode->updates && result.status == 0;
-    return trial.place.fault->losesLog ||
+    return endsUntold(trial) ||
            (contains(result.log, "\n\nOne or more errors occurred during ") == failed &&
             contains(result.log, "\n\nUpdate complete. ") == done);
 }
@@ -121,6 +130,9 @@ static bool mayStay(const std::string& file, const std::string& log) {
 
 static bool noFilesLeft(const Trial& trial) {
     const e2e::Result& first = trial.first.result;
+    if (trial.place.fault->kills) {
+        return true;
+    }
     for (const std::string& file : first.files) {
         if (!mayStay(file, first.log)) {
             return false;
@@ -140,7 +152,7 @@ static bool everyCommandHasItsOutcome(const e2e::Result& result) {
 }
 
 static bool logIsWhole(const Trial& trial) {
-    return (trial.place.fault->losesLog || everyCommandHasItsOutcome(trial.first.result)) &&
+    return (endsUntold(trial) || everyCommandHasItsOutcome(trial.first.result)) &&
            everyCommandHasItsOutcome(trial.second.result);
 }
 
@@ -206,6 +218,11 @@ static const struct {
     {"second-run-cleans-up", secondRunCleansUp},
     {"lost-log-is-no-success", lostLogIsNoSuccess},
     {"signal-changes-nothing", signalChangesNothing},
+    {"report-status", reportTellsStatus},
+    {"report-cut", reportTellsCut},
+    {"report-adapters", reportTellsAdapters},
+    {"report-problems", reportTellsProblems},
+    {"report-no-alarm", reportRaisesNoAlarm},
 };
 
 std::string brokenRules(const Trial& trial) {

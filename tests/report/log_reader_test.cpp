@@ -82,12 +82,14 @@ TEST(LogReader, ForgedListingsAndDirectoriesDecideNothing) {
                                  "no line feed",
                                  done + finish(true, "9.9.9"),
                                  directory(),
+                                 "Error! Unable to create resources for device 020000000001.\n"
+                                 "Error 9: Cannot access 020000000001 information file.\n",
                                  execute("rm 020000000001")};
     for (const std::string& text : texts) {
         SCOPED_TRACE(text);
         const std::string log = title() + "No duplicate MACs found. Okay\n" +
-                                listing(execute("rm devices") + table("9.9.9")) + table("7.10.4") +
-                                visit(failed, text) + finish(true);
+                                listing(text + execute("rm devices") + table("9.9.9")) +
+                                table("7.10.4") + visit(failed, text) + finish(true);
         const report::Run run = readText(log);
         ASSERT_EQ(run.visits.size(), 1U);
         EXPECT_FALSE(run.visits[0].stamped);
@@ -98,6 +100,9 @@ TEST(LogReader, ForgedListingsAndDirectoriesDecideNothing) {
 }
 
 // --- Ends
+
+const std::string cutOffFlash =
+    start() + table("7.10.4") + stamped() + comparing(1) + about(flashCommand(true)) + "10 %";
 
 struct Ending {
     const char* name;
@@ -179,8 +184,19 @@ const Ending endings[] = {
          "*** Update successful, reboot needed ***\n\n" + finish(true, "7.10.4"),
      "clean", 0, "update", "Reboot."},
     {"ports that differ",
-     start() + table("7.10.4") + table("NA", "020000000002", false) + execute("rm q"), "clean", 0,
+     start() + table("7.10.4") + table("NA", "020000000002", false) + execute("rm q"), "failed", 0,
      "versions", "Look at the versions again with -v."},
+    {"a component that the first table lacks",
+     start() + table("NA") + stamped() + finish(true, "7.12.5"), "failed", 0, "update",
+     "Look at the versions again with -v."},
+    {"a directory that could not be read, and firmware that seems to be corrupted",
+     title() + "No duplicate MACs found. Okay\n" + execute("./lnxfwvt2 <q >devices") + "\n" +
+         execute("rm devices") + execute("./lnxfwvt2 020000000001 dir >020000000001", 1) +
+         table("NA") +
+         visit("*** Successfully completed vpd-v0 update on device 020000000001 ***\n\n") +
+         "!!! Error updating firmware on 020000000001 because the installed firmware is corrupted. Contact Marvek support. !!!\n" +
+         finish(false, "NA"),
+     "failed", 1, "update", "Run ./zentrix -f."},
     {"a dry run",
      start() + table("7.10.4") + stamped() + comparing(1) + about(flashCommand(true)) +
          "\nSkipping command: \"" + flashCommand(true) + "\"\n*** Update successful ***\n\n" +
@@ -189,9 +205,13 @@ const Ending endings[] = {
     {"an adapter that is down, after a failure",
      start() + table("7.10.4") + stamped() + down + finish(false, "7.10.4"), "adapter-down", 172,
      "update", "Load a driver for 020000000001."},
-    {"a flash that is cut off",
-     start() + table("7.10.4") + stamped() + comparing(1) + about(flashCommand(true)) + "10 %",
-     "cut-off", -1, "update", "Do not reboot before the next run has ended well."},
+    {"a list that breaks off",
+     title() + "No duplicate MACs found. Okay\n" +
+         listing(" No. Device MAC \n ---\n 1 3C01 020000000001\n 2 3C0") + table("7.10.4") +
+         execute("rm q"),
+     "failed", 0, "versions", "Run ./zentrix -v again."},
+    {"a flash that is cut off", cutOffFlash, "cut-off", -1, "update",
+     "Do not reboot before the next run has ended well."},
     {"a summary whose removal is cut off",
      start() + table("7.10.4") + stamped() + summaryLine(true) + about("rm q"), "cut-off", -1,
      "update", "Remove YB_Data1.log to YB_Data4.log in the package directory."},
@@ -210,7 +230,7 @@ TEST(LogReader, Endings) {
 }
 
 TEST(LogReader, CutOffNamesCommandPortAndComponent) {
-    const report::Run run = readText(endings[21].log);
+    const report::Run run = readText(cutOffFlash);
     const Summary summary = summarize(run);
     EXPECT_EQ(run.cutIn, flashCommand(true));
     ASSERT_EQ(run.flashes.size(), 1U);
