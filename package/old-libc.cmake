@@ -11,11 +11,11 @@ set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_SYSROOT ${tree})
 
 # -march holds back what a compiler for 64-bit x86 takes for granted. The last
-# option: the older headers look wrong to a newer compiler.
+# options: the older headers look wrong to a newer compiler.
 set(CMAKE_C_FLAGS_INIT "-m32 -march=i686 -mtune=generic")
 set(CMAKE_CXX_FLAGS_INIT "${CMAKE_C_FLAGS_INIT} -nostdinc++")
 string(APPEND CMAKE_CXX_FLAGS_INIT " -isystem \"${headers}\" -isystem \"${target_headers}\"")
-string(APPEND CMAKE_CXX_FLAGS_INIT " -Wno-maybe-uninitialized")
+string(APPEND CMAKE_CXX_FLAGS_INIT " -Wno-maybe-uninitialized -Wno-uninitialized")
 # A compiler for two widths looks into the host's 32-bit directories before the
 # system root's: -B puts the tree's start files first, -L its libraries.
 set(CMAKE_EXE_LINKER_FLAGS_INIT
