@@ -87,9 +87,9 @@ def check_readme(tree, states):
     described = set(re.findall(r"^\| `(zentrix_\w+)`", rows, re.M))
     for state in states:
         expect(f"\n| {state['label']} |" in rows, f"rollout/README.md lacks {state['label']}")
-    specs = (tree / "rollout/roles/zentrix/meta/argument_specs.yml").read_text()
+    arguments = next((tree / "rollout/roles/zentrix/meta").glob("argument*.yml")).read_text()
     playbook = (tree / "rollout/playbook.yml").read_text()
-    known = set(re.findall(r"^ +(zentrix_\w+):", specs, re.M))
+    known = set(re.findall(r"^ +(zentrix_\w+):", arguments, re.M))
     known |= set(re.findall(r"\{\{ (zentrix_\w+) \| default", playbook))
     expect(described == known, f"variables of rollout/README.md and of the role: {described ^ known}")
 
