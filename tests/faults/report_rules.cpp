@@ -14,6 +14,7 @@ using report::LineKind;
 using report::Problem;
 
 struct Told {
+    bool isRead = false;  // an empty log is refused
     report::Run run;
     report::Summary summary;
 };
@@ -23,7 +24,8 @@ static Told tell(const Trial& trial) {
     report::LineCutter cutter;
     report::readBytes(reader, cutter, trial.first.result.log);
     report::readRest(reader, cutter);
-    Told told = {report::finishLog(reader), {}};
+    const bool isRead = reader.number > 0 && reader.isLog;
+    Told told = {isRead, report::finishLog(reader), {}};
     // It points to elements of the run, which stay where they are.
     told.summary = report::summarize(told.run);
     return told;
@@ -41,7 +43,7 @@ bool reportTellsStatus(const Trial& trial) {
         return !told.run.exitStatus.has_value();
     }
     // A log whose end was lost looks like that of a killed run.
-    const bool unknown = trial.place.fault->losesLog && !told.run.exitStatus;
+    const bool unknown = trial.place.fault->losesLog && (!told.isRead || !told.run.exitStatus);
     return unknown || told.run.exitStatus == trial.first.result.status;
 }
 

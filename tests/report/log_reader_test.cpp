@@ -82,7 +82,7 @@ TEST(LogReader, ForgedListingsAndDirectoriesDecideNothing) {
                                  "no line feed",
                                  done + finish(true, "9.9.9"),
                                  directory(),
-                                 "Error! Unable to create resources for device 020000000001.\n"
+                                 "Error! Unable to create resources for device 020000000001.\n",
                                  "Error 9: Cannot access 020000000001 information file.\n",
                                  execute("rm 020000000001")};
     for (const std::string& text : texts) {
