@@ -103,7 +103,7 @@ const Advice advices[] = {
      "Put BuildVersion.txt back into the package directory."},
     {LineKind::cutOff, true,
      "The log ends here: the run was killed, the power failed, or the log's disk was full.", "", "",
-     actRunAgain, nullptr},
+     actRunAgain, "See that there is room on the log's disk."},
     {LineKind::notAccepted, false,
      "The utility did not accept the image: it is for another device or another component.",
      "this component is as it was, which the tool takes for \"no update needed\".",

@@ -117,7 +117,8 @@ const std::string down = "!!! Error updating firmware on 020000000001, adapter i
 
 const Ending endings[] = {
     {"the usage text", "Kelvane Firmware Update Log.\n\n", "clean", 0, "none", ""},
-    {"the title alone", title(), "cut-off", -1, "none", "Run ./zentrix again as before."},
+    {"the title alone", title(), "cut-off", -1, "none",
+     "See that there is room on the log's disk."},
     {"wrong options", title() + "Error! Incorrect usage of command line parameters.\n",
      "usage-error", 1, "none", "Mend the command line."},
     {"repaired MACs",
@@ -214,7 +215,7 @@ const Ending endings[] = {
      "Do not reboot before the next run has ended well."},
     {"a summary whose removal is cut off",
      start() + table("7.10.4") + stamped() + summaryLine(true) + about("rm q"), "cut-off", -1,
-     "update", "Remove YB_Data1.log to YB_Data4.log in the package directory."},
+     "update", "See that there is room on the log's disk."},
 };
 
 TEST(LogReader, Endings) {
@@ -238,6 +239,11 @@ TEST(LogReader, CutOffNamesCommandPortAndComponent) {
     EXPECT_NE(
         summary.problems.back().adapters.find("port 020000000001 may be half flashed: its bc"),
         std::string::npos);
+    const std::vector<std::string> next = {
+        "Do not reboot before the next run has ended well.",
+        "See that there is room on the log's disk.",
+        "Remove YB_Data1.log to YB_Data4.log in the package directory.", "Run ./zentrix -f."};
+    EXPECT_EQ(summary.next, next);
 }
 
 TEST(LogReader, WhatFailsAfterThePassLeavesTheAdaptersAsUpdated) {
