@@ -145,7 +145,7 @@ const std::set<std::string> noLines = {
     "7 version for 7 is 7",
     "7 [OPTION]",
     "The options are:",
-    "Another run is under way in this directory. Waiting for it to end (Ctrl-C gives up).",
+    "Another run is under way in this directory, or its flash utility still works. Waiting for it to end (Ctrl-C gives up).",
 };
 
 // Every text that the tool may write to a log, with samples put in.
