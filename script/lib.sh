@@ -15,6 +15,17 @@ die() {
     exit 1
 }
 
+# What can't be done on this machine is said in one line, with what could.
+skip() {
+    say "skipped: $*"
+    exit 77
+}
+
+need_namespaces() {
+    "$tree/script/sandbox" --whole true 2>/dev/null ||
+        skip "$1 takes namespaces of its own; in a container those take --privileged, or --cap-add SYS_ADMIN"
+}
+
 # The comment at a script's top is its help.
 show_help() {
     sed -n '2,${/^#/!q;s/^# \{0,1\}//p;}' "$0"

@@ -84,30 +84,38 @@ struct Turn : testing::Test {
     Json updated;
 };
 
-// Holds up the first flash of the run that comes to it first.
-static void delayFlash(int milliseconds) {
-    editAdapters(Json{
-        {"/faults", {{{"command", {{"verb", "upgrade"}, {"nth", 1}}}, {"delay", milliseconds}}}}});
+// Flashes are held up as long as this file is there.
+static const std::string hold = "/state/hold";
+
+static void holdFlashes() {
+    writeFile(hold, "");
+    fs::remove(packageDirectory + "/lnxfwvt2");
+    writeFile(packageDirectory + "/lnxfwvt2",
+              "#!/bin/sh\ncase $* in *upgrade*) while [ -e " + hold +
+                  " ]; do sleep 0.1; done ;; esac\nexec /build/lnxfwvt2 \"$@\"\n");
+    fs::permissions(packageDirectory + "/lnxfwvt2", fs::perms(0755));
 }
 
 TEST_F(Turn, SecondRunFollowsTheFirst) {
-    delayFlash(1500);
+    holdFlashes();
     const OtherRun first("/state/first");
     ASSERT_TRUE(comesTrue([] { return countLogs() == 1; }));
-    const Result second = run({});
+    const OtherRun second("/state/second");
+    ASSERT_TRUE(comesTrue([] { return readFile("/state/second") == waits; }));
+    EXPECT_EQ(countLogs(), 1U);
+    fs::remove(hold);
     EXPECT_EQ(first.end(), 0);
+    EXPECT_EQ(second.end(), 0);
     EXPECT_EQ(readFile("/state/first"), alone.console);
     EXPECT_EQ(readFile(logDirectory + "/kvlnfwup.log"), alone.log);
-    EXPECT_EQ(second.status, 0);
-    EXPECT_EQ(second.console.find(waits), 0U);
-    EXPECT_EQ(second.logPath, logDirectory + "/kvlnfwup001.log");
-    EXPECT_EQ(second.files, Texts{});
+    EXPECT_NE(readFile("/state/second").find("Update complete"), std::string::npos);
+    EXPECT_EQ(countLogs(), 2U);
     EXPECT_EQ(readAdapters()["adapters"], updated);
 }
 
 // Neither the dead run nor the utility that it left behind holds the lock.
 TEST_F(Turn, KilledRunHoldsNobodyUp) {
-    delayFlash(3000);
+    holdFlashes();
     const OtherRun first("/state/first");
     ASSERT_TRUE(comesTrue([] {
         return readFile(logDirectory + "/kvlnfwup.log").find(" upgrade ") != std::string::npos;
