@@ -1,14 +1,13 @@
 #!/usr/bin/env bash
-# The README's picture is what script/screenshot draws of the run that the end-to-end tests keep
-# as tests/golden/update-rack.txt.
+# The README's picture is what script/screenshot draws of a run on the rack.
 #
-#   tests/docs/picture_test.sh [TREE]
+#   tests/docs/picture_test.sh TREE BUILD_DIR
 set -eu
 
-tree=${1:-$(dirname "$0")/../..}
-console=$(mktemp)
-trap 'rm -f "$console"' EXIT
-# The transcript's first part is the console; the log follows.
-sed '/^--- exit status/,$d' "$tree/tests/golden/update-rack.txt" >"$console"
-"$tree/script/screenshot" --console "$console" | diff -u "$tree/docs/demo.svg" - ||
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+"$1/script/fleet" rack "$2" "$work/package"
+"$1/script/sandbox" --rw "$work/package:/package" --ro "$2:/build" --chdir /package \
+    env LD_LIBRARY_PATH=/package ./zentrix >"$work/console"
+"$1/script/screenshot" --console "$work/console" | diff -u "$1/docs/demo.svg" - ||
     { echo "script/screenshot draws it anew" && false; }

@@ -126,10 +126,10 @@ static void expectNone(const std::string& text, const Json& parts) {
 static const std::string anyTitle = "Tool, Version ${version}\n";
 static const std::string thisTitle = "Tool, Version " ZENTRIX_VERSION "\n";
 
-// Console and log as they are, compared with the transcript of that name.
+// What was said and the log, compared with the transcript of that name.
 static void expectTranscript(const Result& result, const Json& name) {
     const std::string path = "/golden/" + name.get<std::string>() + ".txt";
-    std::string text = result.console + "--- exit status " + std::to_string(result.status) +
+    std::string text = spoken(result) + "--- exit status " + std::to_string(result.status) +
                        "\n--- " + result.logPath + "\n" + result.log;
     if (getenv("REWRITE_GOLDEN") != nullptr) {
         replaceAll(text, thisTitle, anyTitle);

@@ -20,7 +20,7 @@
 //   "left"       the files left in the package directory (default: none)
 //   "after"      places of adapters.json and their values after the run
 //   "holds"      files, by their full path, and what is in them after the run
-//   "transcript" the file in tests/golden that holds its console and log
+//   "transcript" the file in tests/golden that holds what it says, and its log
 //   "then"       a further run in the same package, with the same keys
 // "${NAME}" stands for a text of texts.json, or for one of the case's own: with
 // a list "with" of such sets of texts the case is run once for each.

@@ -25,12 +25,12 @@ def log_of(tree, transcript):
     return text.split(b"--- /var/log/Marvek_Support/kvlnfwup.log\n", 1)[1]
 
 
-def logs_of_runs(tree, build, place, runs):
+def logs_of_runs(tree, build, place, runs, fleet="one"):
     """The logs of several runs of the program, one after another on the same virtual adapters."""
     package, logs = place / "package", place / "log"
     shutil.rmtree(place, ignore_errors=True)
     logs.mkdir(parents=True)
-    subprocess.run([tree / "script/fleet", "one", build, package], check=True)
+    subprocess.run([tree / "script/fleet", fleet, build, package], check=True)
     for options in runs:
         subprocess.run([tree / "script/sandbox", "--rw", f"{package}:/package", "--rw", f"{logs}:/var/log",
                         "--chdir", "/package", "env", "LD_LIBRARY_PATH=/package", "./zentrix", *options],
@@ -84,16 +84,16 @@ class Rollout:
         (self.directory / "report.json").write_text(json.dumps(document))
 
 
-def add_one_of_each(rollout, confirmed, suffix=""):
+def add_one_of_each(rollout, confirmed, rack, suffix=""):
     driverless = log_of(rollout.tree, "update-driverless")
     rollout.add(f"web1{suffix}", "updated", logs=["update-one"])
     rollout.add(f"web2{suffix}", "updated", logs=confirmed, rebooted=True)
-    rollout.add(f"store1{suffix}", "updated", logs=["update-rack"])
+    rollout.add(f"store1{suffix}", "updated", logs=rack)
     rollout.add(f"db1{suffix}", "failed", "exit status 1: flashes failed, and a CRC check",
                 logs=["outcomes-corrupt"])
     rollout.add(f"db2{suffix}", "adapter-down", "020000000001 has no driver", logs=[driverless])
     rollout.add(f"db3{suffix}", "cut-off", "the run ended without an exit status",
-                logs=[driverless[:driverless.index(b"Updating 020000000002 using file 3C01mba")]])
+                logs=[driverless[:driverless.index(b"Updating 020000000002 using file 3C01bc")]])
     rollout.add(f"web3{suffix}", "still-running", "still running after 3600 s",
                 logs=[driverless[:driverless.index(b"Updating 020000000002 using file 3C01ncsi")]],
                 next=[])
@@ -133,8 +133,9 @@ def changed(value, how, key=""):
 
 def make(tree, build, place):
     confirmed = logs_of_runs(tree, build, place / "runs", [[], ["-v"]])
+    rack = logs_of_runs(tree, build, place / "runs", [[]], "rack")
     mixed = Rollout(tree, build, place / "mixed")
-    add_one_of_each(mixed, confirmed)
+    add_one_of_each(mixed, confirmed, rack)
     mixed.write(mixed.document())
     one = Rollout(tree, build, place / "one")
     one.add("web1", "would-update")
@@ -144,7 +145,7 @@ def make(tree, build, place):
     few.write(few.document())
     many = Rollout(tree, build, place / "many")
     for number in range(29):
-        add_one_of_each(many, confirmed, f".rack{number}.example")
+        add_one_of_each(many, confirmed, rack, f".rack{number}.example")
     for number in range(7):
         many.add(f"spare{number}", "unchanged")
     many.write(many.document())

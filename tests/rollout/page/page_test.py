@@ -153,11 +153,11 @@ def check_values(seen):
     for host, texts in {
             "web1": ["BOOT7.10.4 → 7.12.5", "not needed"],
             "web2": ["BOOT7.10.4 → 7.12.5", "exit status 0, 2 runs", "rebooted", "kvlnfwup2.log"],
-            "db1": ["mfw1 through 020000000001: FAILED (exit code 1)", "bc through 020000000002: IMAGE MISSING",
+            "db1": ["mfw1 through 020000000001: FAILED (exit code 1)", "bc through 020000000001: IMAGE MISSING",
                     "020000000003: CRC CHECK FAILED", "FIRMWARE CORRUPTED"],
             "db2": ["020000000001 DOWN, no driver", "exit status 172"],
-            "db3": ["BOOT7.10.4 → not known", "flashed: bc, mfw1"],
-            "web3": ["flashed: bc, mfw1, mba, l2t"],
+            "db3": ["BOOT7.10.4 → not known", "020000000001 DOWN, no driver"],
+            "web3": ["flashed: bc stamp"],
             "web5": ["7.12b.4.3a since"],
             "store1": ["IPMI6.2.1 → 6.4.2", "EFI7.8.2", "stamp empty → 7.12b.4.3a"]}.items():
         for text in texts:
