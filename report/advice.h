@@ -22,7 +22,8 @@ enum Action : unsigned {
 
 struct Advice {
     LineKind kind;
-    bool failure;  // makes the run a failed one, whatever its exit status
+    const char* word;  // for it, in the data
+    bool failure;      // makes the run a failed one, whatever its exit status
     const char* cause;
     const char* adapters;
     const char* next;

@@ -78,6 +78,10 @@ Json toData(const std::string& log, const Run& run, const Summary& summary) {
         switches.push_back(
             {{"mac", one.mac}, {"firmware", one.firmware}, {"outcome", nameOf(one.outcome)}});
     }
+    Json next = Json::array();
+    for (const Step& step : summary.next) {
+        next.push_back(step.text);
+    }
     Json problems = Json::array();
     for (const Problem& problem : summary.problems) {
         problems.push_back({{"line", problem.line == 0 ? Json(nullptr) : Json(problem.line)},
@@ -97,7 +101,7 @@ Json toData(const std::string& log, const Run& run, const Summary& summary) {
             {"adapters", std::move(adapters)},
             {"switches", std::move(switches)},
             {"problems", std::move(problems)},
-            {"next", summary.next}};
+            {"next", std::move(next)}};
 }
 
 std::string dumpText(const Json& document) {

@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "adapters.h"
 #include "data.h"
 #include "input.h"
 #include "screen.h"
@@ -27,7 +26,6 @@ struct Options {
     std::vector<std::string> logs;
     std::string output;
     bool json = false;
-    bool adapters = false;
     bool newest = false;
 };
 
@@ -93,30 +91,12 @@ static ExitStatus makeReport(const Options& options) {
     return result.leftToDo ? exitLeftToDo : exitClean;
 }
 
-// All or nothing: a rehearsal on half of a server's adapters would mislead.
-static ExitStatus makeAdapters(const Options& options) {
-    Server server;
-    for (const Source& source : findLogs(options.logs, options.newest)) {
-        Run run;
-        std::string trouble = source.trouble;
-        if (!trouble.empty() || !readLog(source.path, run, trouble) ||
-            !takeRun(server, run, trouble)) {
-            sayTrouble(source.path, trouble);
-            return exitUnreadable;
-        }
-    }
-    return writeOutput(options, dumpText(toAdapters(server))) ? exitClean : exitUnreadable;
-}
-
 static ExitStatus run(int argc, char** argv) {
     Options options;
     CLI::App app("Says what runs of zentrix did, from their logs.", "zentrix-report");
     app.add_option("LOG", options.logs, "a log, a directory of logs, or - for standard input")
         ->required();
     app.add_flag("--json", options.json, "write data instead of a screen");
-    app.add_flag("--adapters", options.adapters,
-                 "write adapters.json for virtual adapters like those in the logs")
-        ->excludes("--json");
     app.add_flag("--newest", options.newest, "of each directory, the newest log only");
     app.add_option("--output", options.output, "write to this file")->type_name("FILE");
     try {
@@ -124,7 +104,7 @@ static ExitStatus run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? exitClean : exitUsage;
     }
-    return options.adapters ? makeAdapters(options) : makeReport(options);
+    return makeReport(options);
 }
 
 }  // namespace report

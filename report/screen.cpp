@@ -253,7 +253,7 @@ static void addSwitches(Screen& screen, const Run& run) {
 
 // One advice stands for all lines that it is about.
 static void addProblems(Screen& screen, const Summary& summary) {
-    std::vector<LineKind> told;
+    std::vector<std::string> told;
     for (const Problem& problem : summary.problems) {
         if (std::find(told.begin(), told.end(), problem.kind) != told.end()) {
             continue;
@@ -327,7 +327,7 @@ std::string toScreen(const std::string& log, const Run& run, const Summary& summ
     } else {
         screen.text += "\n";
         for (size_t i = 0; i < summary.next.size(); i++) {
-            addWrapped(screen, "  " + std::to_string(i + 1) + ". ", shown(summary.next[i]));
+            addWrapped(screen, "  " + std::to_string(i + 1) + ". ", shown(summary.next[i].text));
         }
     }
     return screen.text;

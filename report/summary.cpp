@@ -206,8 +206,8 @@ static void addProblem(Work& work, const Finding& finding) {
     }
     const unsigned actions = actionsFor(*advice, work.run, finding);
     const char* adapters = finding.late ? lateAdapters : advice->adapters;
-    work.summary.problems.push_back(
-        {finding.line, textWithPort(finding), advice->cause, adapters, advice->next, finding.kind});
+    work.summary.problems.push_back({advice->word, finding.mac, finding.component, finding.line,
+                                     textWithPort(finding), advice->cause, adapters, advice->next});
     work.failed = work.failed || advice->failure;
     work.actions |= actions;
     if (advice->errand != nullptr) {
@@ -470,38 +470,50 @@ static const char* optionOf(Operation operation) {
     }
 }
 
-static void addNextRun(const Work& work, std::vector<std::string>& next) {
+static void addNextRun(const Work& work, std::vector<Step>& next) {
+    const std::string tool = "./zentrix";
     if ((work.actions & actForce) != 0) {
-        next.emplace_back("Run ./zentrix -f.");
+        next.push_back({StepCode::run, "Run " + tool + " -f.", tool + " -f"});
     } else if ((work.actions & actRunAgain) == 0) {
         return;
     } else if (work.run.operation == Operation::none) {
-        next.emplace_back("Run ./zentrix again as before.");
+        next.push_back({StepCode::run, "Run ./zentrix again as before.", ""});
     } else {
-        next.push_back(std::string("Run ./zentrix") + optionOf(work.run.operation) + " again.");
+        const std::string command = tool + optionOf(work.run.operation);
+        next.push_back({StepCode::run, "Run " + command + " again.", command});
     }
 }
 
 static void addNext(const Work& work) {
-    std::vector<std::string>& next = work.summary.next;
+    std::vector<Step>& next = work.summary.next;
     const bool stayUp = (work.actions & actStayUp) != 0;
     const bool rebootFirst = (work.actions & actReboot) != 0;
+    if (work.run.cutOff) {
+        next.push_back(
+            {StepCode::checkNothingRuns,
+             "See that neither zentrix nor lnxfwvt2 runs on that server: pgrep -x 'zentrix|lnxfwvt2' shows nothing.",
+             ""});
+    }
     if (stayUp) {
-        next.emplace_back("Do not reboot before the next run has ended well.");
+        next.push_back({StepCode::stayUp, "Do not reboot before the next run has ended well.", ""});
     }
     if (!work.supportMacs.empty()) {
-        next.push_back("Contact Marvek support about " + join(work.supportMacs) + ".");
+        next.push_back({StepCode::support,
+                        "Contact Marvek support about " + join(work.supportMacs) + ".", ""});
     }
-    next.insert(next.end(), work.errands.begin(), work.errands.end());
+    for (const std::string& errand : work.errands) {
+        next.push_back({StepCode::mend, errand, ""});
+    }
     if (!work.downMacs.empty()) {
-        next.push_back("Load a driver for " + join(work.downMacs) + ".");
+        next.push_back(
+            {StepCode::loadDriver, "Load a driver for " + join(work.downMacs) + ".", ""});
     }
     if (rebootFirst) {
-        next.emplace_back("Reboot.");
+        next.push_back({StepCode::reboot, "Reboot.", ""});
     }
     addNextRun(work, next);
     if (work.summary.rebootNeeded && !rebootFirst) {
-        next.emplace_back(stayUp ? "Then reboot." : "Reboot.");
+        next.push_back({StepCode::reboot, stayUp ? "Then reboot." : "Reboot.", ""});
     }
 }
 
@@ -519,7 +531,7 @@ static bool needsReboot(const Run& run) {
     return false;
 }
 
-Summary summarize(const Run& run) {
+Summary summarize(const Run& run, History* /*history*/) {
     Summary summary;
     addPorts(run, summary);
     addWork(run, summary);

@@ -35,12 +35,26 @@ struct AdapterSummary {
 };
 
 struct Problem {
-    size_t line = 0;  // 0 for none
+    std::string kind;       // a stable word
+    std::string mac;        // empty when it is about no single port
+    std::string component;  // empty when it is about none
+    size_t line = 0;        // 0 when no single line shows it
     std::string text;
     std::string cause;
     std::string adapters;
     std::string next;
-    LineKind kind = LineKind::unknown;
+};
+
+// What is to be done, in the order of a report.
+enum class StepCode { checkNothingRuns, stayUp, support, mend, loadDriver, reboot, run };
+
+struct Step {
+    StepCode code = StepCode::mend;
+    std::string text;
+    // Of a run: "./zentrix" with its options, to be run as it stands. Empty where the log doesn't
+    // tell which run it was: then `text` names each that it may have been, from "./zentrix" on.
+    // The one that was is the one to repeat; whoever doesn't know it takes the first.
+    std::string command;
 };
 
 enum class Outcome { clean, failed, adapterDown, noAdapters, rebootFirst, usageError, cutOff };
@@ -52,10 +66,23 @@ struct Summary {
     std::optional<std::string> buildVersion;
     std::vector<AdapterSummary> adapters;
     std::vector<Problem> problems;
-    std::vector<std::string> next;
+    std::vector<Problem> remarks;  // what to know; they make no run a failed one
+    std::vector<Step> next;        // empty when nothing is left to do
 };
 
-// The summary points into `run`, which must outlive it.
-Summary summarize(const Run& run);
+// What the earlier runs of a server came to, from the oldest to the newest.
+struct History {
+    struct Past {
+        std::vector<std::string> macs;
+        std::vector<std::string> troubles;
+        std::vector<Step> next;
+    };
+    std::vector<Past> runs;
+};
+
+// The summary points into `run`, which must outlive it. Where the run was the next step
+// of an earlier one in `history` and the same trouble came again, the next step is support.
+// The run is added to the history.
+Summary summarize(const Run& run, History* history = nullptr);
 
 }  // namespace report

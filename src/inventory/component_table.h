@@ -1,5 +1,6 @@
-// The firmware components: how each is found in a port's inventory, whether and
-// how it is flashed, and the names of the images.
+// The firmware components: how each is found in a port's inventory, where the
+// version table shows it, whether and how it is flashed, and the names of the
+// images. The blocks of iSCSI configurations, which are no components.
 #pragma once
 
 #include <cstddef>
@@ -49,6 +50,58 @@ inline constexpr Component components[] = {
     {&Device::fcodeVer, "fcode", neverFlashed, {"FCODE"}},
 };
 constexpr size_t componentCount = sizeof components / sizeof components[0];
+
+// A column of the version table.
+struct VersionColumn {
+    VersionField Device::*version;
+    const char* heading;
+    const char* rule;  // below the heading
+};
+
+// From left to right.
+inline constexpr VersionColumn versionColumns[] = {
+    {&Device::bootVer, "BOOT", "----"}, {&Device::mfwVer, "MFW", "----"},
+    {&Device::ipmiVer, "IPMI", "----"}, {&Device::asfVer, "ASF", "---"},
+    {&Device::pxeVer, "PXE", "---"},    {&Device::umpVer, "UMP", "---"},
+    {&Device::ncsiVer, "NCSI", "---"},  {&Device::iscsiVer, "iSCSI", "---"},
+    {&Device::efiVer, "EFI", "---"},    {&Device::imfwVer, "IMFW", "---"},
+    {&Device::l2Ver, "L2", "---"},
+};
+constexpr size_t versionColumnCount = sizeof versionColumns / sizeof versionColumns[0];
+
+// The column of a component; versionColumnCount when the table doesn't show it.
+constexpr size_t columnOf(const Component& component) {
+    size_t column = 0;
+    while (column < versionColumnCount && versionColumns[column].version != component.version) {
+        column++;
+    }
+    return column;
+}
+
+// What no column shows could be left unwritten without anybody noticing.
+constexpr bool showsAllThatIsFlashed() {
+    for (const Component& component : components) {
+        if ((component.traits & neverFlashed) == 0 && columnOf(component) == versionColumnCount) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(showsAllThatIsFlashed(), "a component that is flashed lacks its column");
+
+// A block with an iSCSI boot configuration.
+struct IscsiBlock {
+    const char* name;   // as the utility names it
+    const char* label;  // in the message about its removal
+    // The trailing blank keeps the first block's needles from finding the second's line.
+    const char* needles[2];
+    const char* versionLabel;  // before its version; padded, so that the two lines align
+};
+
+inline constexpr IscsiBlock iscsiBlocks[] = {
+    {"isb_cfg", "cfg", {"isb_cfg ", "ISB_CFG "}, "ISB_CFG "},
+    {"isb_cfg2", "cfg2", {"isb_cfg2 ", "ISB_CFG2 "}, "ISB_CFG2"},
+};
 
 // False for a null component, too.
 inline bool hasTrait(const Component* component, ComponentTrait trait) {

@@ -1,23 +1,56 @@
 #include "inventory/version_report.h"
 
+#include <cstdio>
+#include <cstring>
+
+#include "inventory/component_table.h"
 #include "log/update_log.h"
 
 namespace fwup {
 
+// One line of the table, which reaches the log in one piece.
+using Line = char[messageSize];
+
+static void append(Line& line, const char* text) {
+    const size_t length = strlen(line);
+    snprintf(line + length, sizeof line - length, "%s", text);
+}
+
+static void appendColumn(Line& line, const char* text) {
+    append(line, text);
+    append(line, "\t");
+}
+
+static void writeHeading() {
+    Line headings = "\n    ADAPTER MAC    \t";
+    Line rules = "-------------------\t";
+    for (const VersionColumn& column : versionColumns) {
+        appendColumn(headings, column.heading);
+        appendColumn(rules, column.rule);
+    }
+    append(headings, "\tBUS:DEVICE:FUNC\n");
+    append(rules, "\t---\n");
+    writetoLog(headings, true);
+    writetoLog(rules, true);
+}
+
+static void writeRow(const Device* device) {
+    Line row;
+    snprintf(row, sizeof row, "%s (%s)\t", device->mac, device->chipName);
+    for (const VersionColumn& column : versionColumns) {
+        appendColumn(row, device->*column.version);
+    }
+    char address[sizeof "\t-2147483648:-2147483648:-2147483648\n"];
+    snprintf(address, sizeof address, "\t%d:%d:%d\n", device->pciBus,
+             static_cast<int32_t>(device->pciDevice), static_cast<int32_t>(device->pciFunction));
+    append(row, address);
+    writetoLog(row, true);
+}
+
 void displayFwVersions(const DeviceHeadTail* list) {
-    writetoLog(
-        "\n    ADAPTER MAC    \tBOOT\tMFW\tIPMI\tASF\tPXE\tUMP\tNCSI\tiSCSI\tEFI\tIMFW\tL2\t\tBUS:DEVICE:FUNC\n",
-        true);
-    writetoLog(
-        "-------------------\t----\t----\t----\t---\t---\t---\t---\t---\t---\t---\t---\t\t---\n",
-        true);
+    writeHeading();
     for (const Device* device = firstDevice(list); device != nullptr; device = device->next) {
-        writeMessage(true, "%s (%s)\t%s\t%s\t%s\t%s\t%s\t%s\t%s\t%s\t%s\t%s\t%s\t\t%d:%d:%d\n",
-                     device->mac, device->chipName, device->bootVer, device->mfwVer,
-                     device->ipmiVer, device->asfVer, device->pxeVer, device->umpVer,
-                     device->ncsiVer, device->iscsiVer, device->efiVer, device->imfwVer,
-                     device->l2Ver, device->pciBus, static_cast<int32_t>(device->pciDevice),
-                     static_cast<int32_t>(device->pciFunction));
+        writeRow(device);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "inventory/component_table.h"
 #include "inventory/firmware_inventory.h"
 #include "inventory/version_word.h"
 #include "log/command_runner.h"
@@ -62,19 +63,7 @@ void perform_dir_command(const DeviceHeadTail* list) {
     }
 }
 
-// The trailing blank keeps the first block's needles from finding the second's
-// line. Each label is padded so that the two output lines align.
-struct IscsiConfigBlock {
-    const char* needles[2];
-    const char* label;
-};
-
-static const IscsiConfigBlock iscsiBlocks[] = {
-    {{"isb_cfg ", "ISB_CFG "}, "ISB_CFG "},
-    {{"isb_cfg2 ", "ISB_CFG2 "}, "ISB_CFG2"},
-};
-
-static void displayBlock(const Device* device, const IscsiConfigBlock& block) {
+static void displayBlock(const Device* device, const IscsiBlock& block) {
     char line[inventoryLineSize];
     if (!IsFwTypePresent(device, block.needles[0], line) &&
         !IsFwTypePresent(device, block.needles[1], line)) {
@@ -88,13 +77,14 @@ static void displayBlock(const Device* device, const IscsiConfigBlock& block) {
     }
     // The version may fill its line: more than a message holds.
     char text[messageSize + inventoryLineSize];
-    snprintf(text, sizeof text, "%s version for %s is %s\n", block.label, device->mac, version);
+    snprintf(text, sizeof text, "%s version for %s is %s\n", block.versionLabel, device->mac,
+             version);
     writetoLog(text, true);
 }
 
 void display_iscsicfg_versions(const DeviceHeadTail* list) {
     for (const Device* device = firstDevice(list); device != nullptr; device = device->next) {
-        for (const IscsiConfigBlock& block : iscsiBlocks) {
+        for (const IscsiBlock& block : iscsiBlocks) {
             displayBlock(device, block);
         }
     }

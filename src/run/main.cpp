@@ -1,5 +1,7 @@
 // The run: one flat sequence of steps, each of which belongs to a room of its
 // own.
+#include <sys/stat.h>
+
 #include <cstdio>
 
 #include "inventory/check_list.h"
@@ -173,6 +175,8 @@ static ExitStatus runOnDevices(RunMode mode, DeviceHeadTail** list) {
 
 static ExitStatus run(int argc, char** argv) {
     openStandardStreams();
+    // Root runs it: what it and its commands write is nobody else's to change.
+    umask(umask(0) | S_IWGRP | S_IWOTH);
     const RunMode mode = processCmdLine(argc, argv);
     if (mode != usageMode && mode != usageErrorMode) {
         waitForTurn();

@@ -19,15 +19,8 @@ namespace fwup {
 uint8_t bool_iscsi_fix = 0;
 uint8_t bool_vt_ncsi = 0;
 
-struct DeletedBlock {
-    const char* name;   // as the utility names the block
-    const char* label;  // as the messages do
-};
-
-static const DeletedBlock deletedBlocks[] = {{"isb_cfg", "cfg"}, {"isb_cfg2", "cfg2"}};
-
 static void deleteIscsiBlocks(const Device* device, const char* flashTool) {
-    for (const DeletedBlock& block : deletedBlocks) {
+    for (const IscsiBlock& block : iscsiBlocks) {
         const int code = convert_return_code(
             runCommand("%s %s dir -delete %s >>%s", flashTool, device->mac, block.name, szFwuplog));
         if (code == codeSuccess || code == codeRebootRequired) {

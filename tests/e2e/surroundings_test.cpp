@@ -56,10 +56,11 @@ TEST(Log, Names) {
     }
 }
 
-TEST(Log, DirectoriesAreMade) {
+TEST(Log, IsNobodyElsesToWriteWhateverTheUmask) {
     makePackage("one");
     fs::remove_all("/var");
     EXPECT_EQ(watchedRun({"-?"}, [] { umask(0); }).logPath, logBase + ".log");
+    EXPECT_EQ(fs::status(logBase + ".log").permissions(), static_cast<fs::perms>(0644));
     for (const char* directory : {"/var", "/var/log", "/var/log/Marvek_Support"}) {
         EXPECT_EQ(fs::status(directory).permissions(), static_cast<fs::perms>(0755)) << directory;
     }

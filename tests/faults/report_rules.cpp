@@ -10,7 +10,6 @@
 
 namespace faults {
 
-using report::LineKind;
 using report::Problem;
 
 struct Told {
@@ -55,7 +54,7 @@ bool reportTellsCut(const Trial& trial) {
     }
     const e2e::Texts& commands = trial.first.result.commands;
     return cut && !commands.empty() && told.run.cutIn == commands.back() &&
-           told.summary.problems.back().kind == LineKind::cutOff &&
+           told.summary.problems.back().kind == "no-end" &&
            (told.run.visits.empty() || told.summary.problems.back().adapters.find(
                                            told.run.visits.back().mac) != std::string::npos);
 }
@@ -179,7 +178,7 @@ bool reportTellsAdapters(const Trial& trial) {
 
 // --- Problems
 
-static bool hasProblem(const Told& told, std::initializer_list<LineKind> kinds,
+static bool hasProblem(const Told& told, std::initializer_list<const char*> kinds,
                        const std::string& mac) {
     const std::vector<Problem>& problems = told.summary.problems;
     return std::any_of(problems.begin(), problems.end(), [&](const Problem& problem) {
@@ -192,18 +191,18 @@ static bool hasProblem(const Told& told, std::initializer_list<LineKind> kinds,
 // counts; each holds for the words behind the MAC.
 static const struct {
     const char* words;
-    std::initializer_list<LineKind> kinds;
+    std::initializer_list<const char*> kinds;
 } failures[] = {
-    {"upgrade ", {LineKind::flashFailed, LineKind::notAccepted}},
-    {"crc ", {LineKind::crcFailed}},
-    {"cfg -show vpdv0", {LineKind::stampCheckFailed}},
-    {"cfg -show vpdyb", {LineKind::notRead}},
-    {"cfg -noreset -vpdv0", {LineKind::stampFailed}},
-    {"cfg -vpdyb", {LineKind::ybFailed}},
-    {"cfg ", {LineKind::switchFailed, LineKind::switchFailedNcsi}},
-    {"dir -delete", {LineKind::blockNotRemoved}},
-    {"dir ", {LineKind::notRead}},
-    {"", {LineKind::noAdapters, LineKind::notRead}},
+    {"upgrade ", {"flash-failed", "not-accepted"}},
+    {"crc ", {"crc-failed"}},
+    {"cfg -show vpdv0", {"stamp-check-failed"}},
+    {"cfg -show vpdyb", {"not-read"}},
+    {"cfg -noreset -vpdv0", {"stamp-failed"}},
+    {"cfg -vpdyb", {"yb-failed"}},
+    {"cfg ", {"switch-failed"}},
+    {"dir -delete", {"block-not-removed"}},
+    {"dir ", {"not-read"}},
+    {"", {"no-adapters", "not-read"}},
 };
 
 // The command that the fault struck; empty when it was none.
@@ -243,7 +242,7 @@ static size_t countOnConsole(const Trial& trial, const std::string& marker) {
     return count;
 }
 
-static size_t countProblems(const Told& told, std::initializer_list<LineKind> kinds) {
+static size_t countProblems(const Told& told, std::initializer_list<const char*> kinds) {
     const std::vector<Problem>& problems = told.summary.problems;
     return static_cast<size_t>(
         std::count_if(problems.begin(), problems.end(), [&](const Problem& problem) {
@@ -253,13 +252,11 @@ static size_t countProblems(const Told& told, std::initializer_list<LineKind> ki
 
 static bool namesWhatTheConsoleShows(const Trial& trial, const Told& told) {
     const bool silent = std::string(trial.place.mode->name).compare(0, 2, "-s") == 0;
-    return silent ||
-           (countOnConsole(trial, "---> Update failed\n") ==
-                countProblems(told, {LineKind::flashFailed, LineKind::imageMissing,
-                                     LineKind::adapterDown, LineKind::corrupted}) &&
-            countOnConsole(trial, "---> failed\n") ==
-                countProblems(told, {LineKind::stampFailed, LineKind::crcFailed,
-                                     LineKind::switchFailed, LineKind::switchFailedNcsi}));
+    return silent || (countOnConsole(trial, "---> Update failed\n") ==
+                          countProblems(told, {"flash-failed", "image-missing", "adapter-down",
+                                               "firmware-corrupted"}) &&
+                      countOnConsole(trial, "---> failed\n") ==
+                          countProblems(told, {"stamp-failed", "crc-failed", "switch-failed"}));
 }
 
 // What ends a pass, or comes before it, leaves adapters untouched that it doesn't
@@ -267,9 +264,8 @@ static bool namesWhatTheConsoleShows(const Trial& trial, const Told& told) {
 static bool concerns(const Problem& problem, const nlohmann::json& adapter) {
     const std::string anyMac = "0200000000";
     const bool ofNone = problem.text.find(anyMac) == std::string::npos;
-    const bool endsPass = problem.kind == LineKind::stampCheckFailed ||
-                          problem.kind == LineKind::cutOff ||
-                          problem.kind == LineKind::noBuildVersion;
+    const bool endsPass = problem.kind == "stamp-check-failed" || problem.kind == "no-end" ||
+                          problem.kind == "no-build-version";
     bool named = false;
     for (const nlohmann::json& port : adapter.at("ports")) {
         named = named || problem.text.find(port.at("mac").get<std::string>()) != std::string::npos;
@@ -315,8 +311,8 @@ bool reportTellsProblems(const Trial& trial) {
 static bool isOfMode(const Trial& trial, const Problem& problem) {
     const bool down = !trial.place.mode->edits.empty();
     const bool removesBlocks = std::string(trial.place.mode->name) == "-iscsicfgupdate";
-    return (down && problem.kind == LineKind::adapterDown) ||
-           (removesBlocks && problem.kind == LineKind::blockNotRemoved);
+    return (down && problem.kind == "adapter-down") ||
+           (removesBlocks && problem.kind == "block-not-removed");
 }
 
 bool reportRaisesNoAlarm(const Trial& trial) {

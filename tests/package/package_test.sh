@@ -126,7 +126,7 @@ package --build-version "$longest" || complain "${#longest} characters: $(cat sa
 "$tree/script/verify" --unsigned out/p >said || complain "not whole"
 
 modes=$(cd out/p && stat -c '%a %n' zentrix lnxfwvt2 README 3C01bc.bin . | tr '\n' ' ')
-[ "$modes" = "755 zentrix 755 lnxfwvt2 644 README 644 3C01bc.bin 755 . " ] ||
+[ "$modes" = "755 zentrix 755 lnxfwvt2 644 README 644 3C01bc.bin 700 . " ] ||
     complain "modes: $modes"
 [ "$(stat -c %Y out/p out/p/* | sort -u)" = $SOURCE_DATE_EPOCH ] || complain "another date"
 tar tzf out/p.tar.gz | LC_ALL=C sort -c || complain "not in order"
