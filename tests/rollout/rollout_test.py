@@ -39,8 +39,7 @@ def scenario_clean():
     one = Server("one", adapters=hostile)
     (one.dir / "var/log/Marvek_Support").mkdir()
     (one.dir / "var/log/Marvek_Support/kvlnfwup<b>$(id)\x1b.log").write_text(nasty)
-    # As if systemd ran there, which then fails.
-    rack, none = Server("rack", "rack", boot="mkdir -p /run/systemd/system"), Server("none", "none")
+    rack, none = Server("rack", "rack"), Server("none", "none")
     first = Server("first", "duplicate-macs", zentrix_reboot="when-needed")
     after = Server("after", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=95), zentrix_reboot="when-needed")
     later = Server("later", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=95))
@@ -134,7 +133,7 @@ def scenario_unfit():
 def scenario_interrupted():
     """Lost connections and power failures, all during a flash."""
     silent, cut, power = (Server(name, adapters=slow_flash(9000)) for name in ("silent", "cut", "power"))
-    gone = Server("gone", adapters=slow_flash(9000), zentrix_patience=12)
+    gone = Server("gone", adapters=slow_flash(9000), zentrix_lost_patience=4)
     following = Server("next")
     rollout = Rollout(silent, cut, power, gone, following)
     playbook = rollout.start("-e", '{"zentrix_batches": [4]}')
@@ -160,14 +159,16 @@ def scenario_interrupted():
 
 def scenario_found_again():
     """A run outlives patience and the controller, and is found again."""
-    server = Server("one", adapters=slow_flash(25000))
+    server = Server("one")
+    server.hold()
     rollout = Rollout(server)
     rollout.run("patience", 2, "-e", "zentrix_patience=2", one="still-running")
     playbook = rollout.start()
-    until("it waits", lambda: "flashing bc through 020000000001" in rollout.output.read_text())
+    until("it waits", lambda: "RETRYING: [one]" in rollout.output.read_text())
     os.killpg(playbook.pid, signal.SIGKILL)
     playbook.wait()
     expect("still flashing", server.is_flashing(), True)
+    server.hold(False)
     rollout.run("found again", 0, one="updated")
     expect("carries", server.carries(), NEW)
     runs_on((server, 1))
