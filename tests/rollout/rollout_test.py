@@ -40,8 +40,7 @@ def scenario_clean():
     one = Server("one", adapters=hostile)
     (one.dir / "var/log/Marvek_Support").mkdir()
     (one.dir / "var/log/Marvek_Support/kvlnfwup<b>$(id)\x1b.log").write_text(nasty)
-    # As if systemd ran there, which then fails.
-    rack, none = Server("rack", "rack", boot="mkdir -p /run/systemd/system"), Server("none", "none")
+    rack, none = Server("rack", "rack"), Server("none", "none")
     first = Server("first", "duplicate-macs", zentrix_reboot="when-needed")
     after = Server("after", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=95), zentrix_reboot="when-needed")
     later = Server("later", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=95))
