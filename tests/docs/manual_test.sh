@@ -1,13 +1,9 @@
 #!/usr/bin/env bash
-# Holds the manual page and the READMEs against the program and each other, both ways.
+# Holds the manual page against the program, both ways: options, synopsis, exit statuses, the texts
+# that report a failure, and device IDs. What each exit status asks for must be the same in the README
+# of a package, and what tells of a failed flash must lead to -f. mandoc judges the page's form.
 #
 #   tests/docs/manual_test.sh [TREE]
-#
-# Compared with the program are the options, and of the page also its synopsis, the exit statuses,
-# the texts that report a failure and the device IDs: what the program has and a document doesn't is
-# as wrong as the reverse. What each exit status asks for must be the same in the page and in the
-# README of a package, and what tells of a failed flash must lead to -f wherever it is explained.
-# The page's own form is judged by mandoc.
 set -eu
 
 tree=${1:-$(dirname "$0")/../..}
@@ -67,11 +63,6 @@ page_devices() {
     sed -n '/^Supported are/,/\.$/p' "$page" | grep -oE '[0-9A-F]{4}'
 }
 
-# shellcheck disable=SC2016 # those are Markdown's quotes
-readme_options() {
-    sed -nE 's/^\| `(-[^`]*)` \|.*/\1/p' "$tree/README.md"
-}
-
 # The items of a section of the page as plain text, one a line. Titles in a row share one text.
 page_items() {
     awk -v section=".Sh $1" '
@@ -108,14 +99,6 @@ server_steps() {
     server_items | steps_of_items
 }
 
-page_explanations() {
-    page_items DIAGNOSTICS | grep 'Next :'
-}
-
-readme_explanations() {
-    sed -n '/^## Troubleshooting/,/^## Trust/p' "$tree/README.md"
-}
-
 # compare ONE OTHER KIND: a side that is empty means that this test no longer finds what it compares.
 compare() {
     local one other
@@ -130,12 +113,12 @@ compare() {
     fi
 }
 
-# leads_to_force DOCUMENT: the next step stands behind "Next :" or in a row's last field.
+# The next step of whatever tells of a failed flash.
 leads_to_force() {
     local explained
-    explained=$("$1_explanations" | grep -E -- "$failed_flash") || true
-    if [ -z "$explained" ] || grep -vE -- '(Next :|\|).*[ `]-f\>' <<<"$explained"; then
-        echo "the $1 explains no failed flash, or the above without -f as the next step"
+    explained=$(page_items DIAGNOSTICS | grep 'Next :' | grep -E -- "$failed_flash") || true
+    if [ -z "$explained" ] || grep -vE -- 'Next :.*[ `]-f\>' <<<"$explained"; then
+        echo "the page explains no failed flash, or the above without -f as the next step"
         failed=yes
     fi
 }
@@ -144,10 +127,8 @@ compare program page texts
 compare program page options
 compare program page statuses
 compare program page devices
-compare program readme options
 compare program synopsis options
 compare page server steps
-leads_to_force page
-leads_to_force readme
+leads_to_force
 mandoc -T lint -W warning "$page" || failed=yes
 [ -z "$failed" ]
