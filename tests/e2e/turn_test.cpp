@@ -1,12 +1,12 @@
 // Two runs in one directory: the second waits until the first has ended, however it did.
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <future>
 #include <thread>
 
 #include "support.h"
@@ -25,36 +25,20 @@ static bool comesTrue(const std::function<bool()>& condition) {
     return condition();
 }
 
-// A run beside the test's own, its console in a file.
-struct OtherRun {
-    explicit OtherRun(const std::string& consolePath) : process(fork()) {
-        if (process == 0) {
-            setpgid(0, 0);
-            setenv("LD_LIBRARY_PATH", "/build", 1);
-            const int console = open(consolePath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-            dup2(console, STDOUT_FILENO);
-            dup2(console, STDERR_FILENO);
-            if (chdir(packageDirectory.c_str()) == 0) {
-                execl("./zentrix", "./zentrix", nullptr);
-            }
-            _exit(126);
-        }
-    }
-    // With it goes what it started, which would write to the next test's adapters.
-    ~OtherRun() {
-        kill(-process, SIGKILL);
-    }
-    // As a shell gives it.
-    int end(int signalNumber = 0) const {
-        int status = 0;
-        if (signalNumber != 0) {
-            kill(process, signalNumber);
-        }
-        waitpid(process, &status, 0);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
-    const pid_t process;
-};
+// A run beside the test's own, with its console in a file.
+static std::future<Result> startRun() {
+    return std::async(std::launch::async, [] {
+        return run({}, [] {
+            writeFile("/state/pid", std::to_string(getpid()));
+            dup2(open("/state/console", O_WRONLY | O_CREAT | O_TRUNC, 0644), STDOUT_FILENO);
+            dup2(STDOUT_FILENO, STDERR_FILENO);
+        });
+    });
+}
+
+static void signalRun(int signalNumber) {
+    kill(std::stoi(readFile("/state/pid")), signalNumber);
+}
 
 static size_t countLogs() {
     std::error_code missing;
@@ -73,16 +57,7 @@ struct Lock {
     const int descriptor;
 };
 
-struct Turn : testing::Test {
-    void SetUp() override {
-        makePackage("one");
-        alone = checkedRun();
-        updated = readAdapters()["adapters"];
-        makePackage("one");
-    }
-    Result alone;
-    Json updated;
-};
+using Turn = Compared;
 
 // Holds up the first flash of the run that comes to it first.
 static void delayFlash(int milliseconds) {
@@ -92,11 +67,11 @@ static void delayFlash(int milliseconds) {
 
 TEST_F(Turn, SecondRunFollowsTheFirst) {
     delayFlash(1500);
-    const OtherRun first("/state/first");
+    std::future<Result> first = startRun();
     ASSERT_TRUE(comesTrue([] { return countLogs() == 1; }));
     const Result second = run({});
-    EXPECT_EQ(first.end(), 0);
-    EXPECT_EQ(readFile("/state/first"), alone.console);
+    EXPECT_EQ(first.get().status, 0);
+    EXPECT_EQ(readFile("/state/console"), alone.console);
     EXPECT_EQ(readFile(logDirectory + "/kvlnfwup.log"), alone.log);
     EXPECT_EQ(second.status, 0);
     EXPECT_EQ(second.console.find(waits), 0U);
@@ -109,13 +84,14 @@ TEST_F(Turn, SecondRunFollowsTheFirst) {
 // the version that the adapter had before.
 TEST_F(Turn, UtilityOfAKilledRunIsWaitedFor) {
     delayFlash(3000);
-    const OtherRun first("/state/first");
+    std::future<Result> first = startRun();
     ASSERT_TRUE(comesTrue([] {
         return readFile(logDirectory + "/kvlnfwup.log").find(" upgrade ") != std::string::npos;
     }));
     // The log tells of a command before it starts.
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    EXPECT_EQ(first.end(SIGKILL), 128 + SIGKILL);
+    signalRun(SIGKILL);
+    EXPECT_EQ(first.get().status, 128 + SIGKILL);
     const Result second = run({"-v"});
     EXPECT_EQ(second.status, 0);
     EXPECT_EQ(second.console.find(waits), 0U);
@@ -129,9 +105,11 @@ TEST_F(Turn, UtilityOfAKilledRunIsWaitedFor) {
 TEST_F(Turn, UntilThenItHasTouchedNothingAndCtrlCEndsIt) {
     const Lock lock(packageDirectory);
     for (const int signalNumber : {SIGINT, SIGTERM}) {
-        const OtherRun waiting("/state/waiting");
-        EXPECT_TRUE(comesTrue([] { return readFile("/state/waiting").find(waits) == 0; }));
-        EXPECT_EQ(waiting.end(signalNumber), 128 + signalNumber);
+        fs::remove("/state/console");
+        std::future<Result> waiting = startRun();
+        EXPECT_TRUE(comesTrue([] { return readFile("/state/console").find(waits) == 0; }));
+        signalRun(signalNumber);
+        EXPECT_EQ(waiting.get().status, 128 + signalNumber);
         EXPECT_EQ(countLogs(), 0U);
     }
     EXPECT_EQ(run({"-?"}).status, 0);
