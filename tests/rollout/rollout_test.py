@@ -9,6 +9,7 @@ on each server are compared with what they should be. That no two runs ever met 
 utility itself. The exit status is 77 where virtual servers or Ansible can't be had.
 """
 import os
+import re
 import signal
 import sys
 import time
@@ -39,8 +40,7 @@ def scenario_clean():
     one = Server("one", adapters=hostile)
     (one.dir / "var/log/Marvek_Support").mkdir()
     (one.dir / "var/log/Marvek_Support/kvlnfwup<b>$(id)\x1b.log").write_text(nasty)
-    # As if systemd ran there, which then fails.
-    rack, none = Server("rack", "rack", boot="mkdir -p /run/systemd/system"), Server("none", "none")
+    rack, none = Server("rack", "rack"), Server("none", "none")
     first = Server("first", "duplicate-macs", zentrix_reboot="when-needed")
     after = Server("after", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=95), zentrix_reboot="when-needed")
     later = Server("later", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=95))
@@ -67,7 +67,7 @@ def scenario_clean():
     rows = rollout.run("again", 0, one="unchanged", rack="unchanged", none="unchanged", first="unchanged", after="unchanged", later="reboot-needed")
     expect("what a second rollout changed", {server.name: server.files() for server in fleet}, before)
     expect("runs of one", [run["log"] for run in rows["one"]["runs"]], ["one/kvlnfwup.log"])
-    expect("its recap", sorted(set(word for word in rollout.output.read_text().split() if word.startswith("changed="))), ["changed=0"])
+    expect("its recap", set(re.findall(r"^(?!localhost).*(changed=\d+)", rollout.output.read_text(), re.M)), {"changed=0"})
 
     rollout.run("reboot allowed", 0, "-e", "zentrix_reboot=when-needed", one="unchanged", rack="unchanged", none="unchanged",
                 first="unchanged", after="unchanged", later="updated")
@@ -134,7 +134,7 @@ def scenario_unfit():
 def scenario_interrupted():
     """Lost connections and power failures, all during a flash."""
     silent, cut, power = (Server(name, adapters=slow_flash(9000)) for name in ("silent", "cut", "power"))
-    gone = Server("gone", adapters=slow_flash(9000), zentrix_patience=12)
+    gone = Server("gone", adapters=slow_flash(9000), zentrix_lost_patience=4)
     following = Server("next")
     rollout = Rollout(silent, cut, power, gone, following)
     playbook = rollout.start("-e", '{"zentrix_batches": [4]}')
@@ -160,14 +160,16 @@ def scenario_interrupted():
 
 def scenario_found_again():
     """A run outlives patience and the controller, and is found again."""
-    server = Server("one", adapters=slow_flash(25000))
+    server = Server("one")
+    server.hold()
     rollout = Rollout(server)
     rollout.run("patience", 2, "-e", "zentrix_patience=2", one="still-running")
     playbook = rollout.start()
-    until("it waits", lambda: "flashing bc through 020000000001" in rollout.output.read_text())
+    until("it waits", lambda: "RETRYING: [one]" in rollout.output.read_text())
     os.killpg(playbook.pid, signal.SIGKILL)
     playbook.wait()
     expect("still flashing", server.is_flashing(), True)
+    server.hold(False)
     rollout.run("found again", 0, one="updated")
     expect("carries", server.carries(), NEW)
     runs_on((server, 1))
