@@ -40,7 +40,7 @@ def script(name, *arguments):
     subprocess.run([tree / "script" / name, *map(str, arguments)], check=True, stderr=subprocess.DEVNULL)
 
 
-def until(what, condition, seconds=60):
+def until(what, condition, seconds=180):
     end = time.monotonic() + seconds
     while not condition():
         if time.monotonic() > end:

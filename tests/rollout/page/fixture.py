@@ -146,8 +146,9 @@ def make(tree, build, place):
     many = Rollout(tree, build, place / "many")
     for number in range(29):
         add_one_of_each(many, confirmed, rack, f".rack{number}.example")
-    for number in range(7):
-        many.add(f"spare{number}", "unchanged")
+        many.hosts[-17:] = changed(many.hosts[-17:], lambda text: text.replace("0200000000", f"0200{number:02}0000"))
+    for number in range(30):
+        many.add(f"spare{number}", "unfit", f"a reason of its own: {number}")
     many.write(many.document())
     for name, how in (("hostile", lambda text: f"{HOSTILE} {text.replace('/', ' ')}"),
                       ("long", lambda text: text + "W" * 10000)):
