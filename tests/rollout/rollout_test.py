@@ -120,6 +120,7 @@ def scenario_unfit():
              Server("bare", ansible_python_interpreter="/nowhere/python3"),
              Server("odd", boot=record + """echo '{"started": {"a": 1}}' >zentrix.fact"""),
              Server("dated", boot=record + """echo '{"ended": "2026-02-31T00:00:00Z"}' >zentrix.fact"""),
+             Server("newer", boot=record + """echo '{"carries": ["7.13a.1.1a"]}' >zentrix.fact"""),
              Server("endless", boot=record + "ln -s /dev/zero zentrix.fact"),
              Server("hanging", boot=record + "mkfifo zentrix.fact", zentrix_look_timeout=5)]
     rollout = Rollout(*fleet)
@@ -128,11 +129,13 @@ def scenario_unfit():
     rows = rollout.run("unfit", 2, fit="not-reached", **states)
     expect("what was touched", fleet[0].files(), untouched)
     for name, word in (("marker", "dry-run marker"), ("loader", "libc6-i386"), ("full", "free for logs"), ("away", "can be reached over ssh"),
-                       ("bare", "/nowhere/python3"), ("odd", "right: started"), ("dated", "times"), ("endless", "record"),
+                       ("bare", "/nowhere/python3"), ("odd", "right: started"), ("dated", "times"), ("newer", "7.13a.1.1a"), ("endless", "record"),
                        ("hanging", "Ask what a run needs")):
         expect(f"the reason of {name}", word in rows[name]["reason"], True)
-    rollout.run("left out", 2, "-e", "zentrix_skip_unfit=true", fit="updated", **states)
-    runs_on(*((server, server.name == "fit") for server in fleet))
+    states["newer"] = "updated"
+    rollout.run("left out", 2, "-e", "zentrix_skip_unfit=true", "-e", "zentrix_allow_older=true", fit="updated", **states)
+    runs_on(*((server, server.name in ("fit", "newer")) for server in fleet))
+    expect("options", [(server.dir / "var/lib/zentrix-rollout/run/options").read_text() for server in fleet if server.logs()], ["\n", "-f\n"])
 
     keyring = servers.work / "keyring"
     keyring.touch()
@@ -142,7 +145,7 @@ def scenario_unfit():
         package.write(b"\0")
     expect("a damaged package", rollout.start("-e", "zentrix_force=true").wait(), 2)
     expect("servers looked at", "Look at all servers" in rollout.output.read_text(), False)
-    expect("what is left", sorted(path.name for path in rollout.results.iterdir()), ["earlier-report.html", "earlier-report.json", "fit"])
+    expect("what is left", sorted(path.name for path in rollout.results.iterdir()), ["earlier-report.html", "earlier-report.json", "fit", "newer"])
 
 
 def scenario_interrupted():
