@@ -12,6 +12,7 @@ import gzip
 import os
 import re
 import signal
+import subprocess
 import sys
 import time
 
@@ -228,6 +229,28 @@ def scenario_found_again():
     expect("the reason", "Another rollout" in rows["two"]["reason"], True)
     expect("the others", [each.wait() for each in others], [0, 0])
     runs_on(*zip(fleet, (2, 2, 2)))
+
+
+def scenario_collection():
+    """The collection alone, by its name, from any directory; and what can't work is refused."""
+    # The controller's own tasks would ask for a password.
+    server = Server("one", ansible_become=True, ansible_become_method="sudo")
+    rollout = Rollout(server)
+    servers.script("collection", "--build", servers.build, servers.work)
+    subprocess.run(["ansible-galaxy", "collection", "install", "--offline", "-p", servers.work / "collections",
+                    *servers.work.glob("marvek-zentrix-*.tar.gz")], check=True, stdout=subprocess.DEVNULL)
+    rollout.playbook, rollout.place, inventory = "marvek.zentrix.rollout", servers.work, servers.work / "inventory.json"
+    inventory.write_text(inventory.read_text().replace('"zentrix_report_program"', '"not_set"'))
+    os.environ["ANSIBLE_COLLECTIONS_PATH"] = str(servers.work / "collections")
+    for options, words in ((["--tags", "x"], "leave out --tags"), (["--limit", "one"], "name localhost too"),
+                           (["-e", "zentrix_hosts=nobody"], "No server is left")):
+        expect(f"status of {options}", rollout.start(*options).wait(), 2)
+        expect(f"what is said of {options}", words in rollout.output.read_text(), True)
+    wrong = ("zentrix_batches=abc", "zentrix_patience=abc", "zentrix_reboot=yes", "zentrix_patiense=3")
+    rows = rollout.run("wrong variables", 2, *(word for each in wrong for word in ("-e", each)), one="unfit")
+    expect("refused", [each for each in wrong if each.split("=")[0] not in rows["one"]["reason"]], [])
+    rollout.run("by its name", 0, one="updated")
+    runs_on((server, 1))
 
 
 reason = servers.begin(sys.argv[1], os.path.join(sys.argv[2], sys.argv[3]))
