@@ -1,6 +1,7 @@
 // Two runs in one directory: the second waits until the first has ended, however it did.
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,7 +28,8 @@ static bool comesTrue(const std::function<bool()>& condition) {
 
 // A run beside the test's own, its console in a file.
 struct OtherRun {
-    explicit OtherRun(const std::string& consolePath) : process(fork()) {
+    explicit OtherRun(const std::string& consolePath, const char* option = nullptr)
+        : process(fork()) {
         if (process == 0) {
             setpgid(0, 0);
             setenv("LD_LIBRARY_PATH", "/build", 1);
@@ -35,7 +37,7 @@ struct OtherRun {
             dup2(console, STDOUT_FILENO);
             dup2(console, STDERR_FILENO);
             if (chdir(packageDirectory.c_str()) == 0) {
-                execl("./zentrix", "./zentrix", nullptr);
+                execl("./zentrix", "./zentrix", option, nullptr);
             }
             _exit(126);
         }
@@ -84,45 +86,58 @@ struct Turn : testing::Test {
     Json updated;
 };
 
-// Holds up the first flash of the run that comes to it first.
-static void delayFlash(int milliseconds) {
-    editAdapters(Json{
-        {"/faults", {{{"command", {{"verb", "upgrade"}, {"nth", 1}}}, {"delay", milliseconds}}}}});
-}
+// The first flash is held up until the end of this.
+struct Hold {
+    Hold() {
+        const std::string utility = packageDirectory + "/lnxfwvt2";
+        fs::remove(utility);
+        writeFile(utility,
+                  "#!/bin/sh\ncase $* in *upgrade*) [ ! -p /state/hold ] || read -r word "
+                  "</state/hold ;; esac\nexec /build/lnxfwvt2 \"$@\"\n");
+        fs::permissions(utility, fs::perms(0755));
+        EXPECT_EQ(mkfifo("/state/hold", 0600), 0);
+    }
+    // Returns when there is a flash.
+    void awaitFlash() {
+        descriptor = open("/state/hold", O_WRONLY | O_CLOEXEC);
+    }
+    void end() const {
+        fs::remove("/state/hold");
+        close(descriptor);
+    }
+    int descriptor = -1;
+};
 
 TEST_F(Turn, SecondRunFollowsTheFirst) {
-    delayFlash(1500);
+    Hold hold;
     const OtherRun first("/state/first");
-    ASSERT_TRUE(comesTrue([] { return countLogs() == 1; }));
-    const Result second = run({});
+    hold.awaitFlash();
+    const OtherRun second("/state/second");
+    ASSERT_TRUE(comesTrue([] { return readFile("/state/second").find(waits) == 0; }));
+    hold.end();
     EXPECT_EQ(first.end(), 0);
+    EXPECT_EQ(second.end(), 0);
     EXPECT_EQ(readFile("/state/first"), alone.console);
     EXPECT_EQ(readFile(logDirectory + "/kvlnfwup.log"), alone.log);
-    EXPECT_EQ(second.status, 0);
-    EXPECT_EQ(second.console.find(waits), 0U);
-    EXPECT_EQ(second.logPath, logDirectory + "/kvlnfwup001.log");
-    EXPECT_EQ(second.files, Texts{});
+    EXPECT_TRUE(fs::exists(logDirectory + "/kvlnfwup001.log"));
     EXPECT_EQ(readAdapters()["adapters"], updated);
 }
 
 // What the dead run left behind holds the lock: had the next run not waited, it would have shown
 // the version that the adapter had before.
 TEST_F(Turn, UtilityOfAKilledRunIsWaitedFor) {
-    delayFlash(3000);
+    Hold hold;
     const OtherRun first("/state/first");
-    ASSERT_TRUE(comesTrue([] {
-        return readFile(logDirectory + "/kvlnfwup.log").find(" upgrade ") != std::string::npos;
-    }));
-    // The log tells of a command before it starts.
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    hold.awaitFlash();
     EXPECT_EQ(first.end(SIGKILL), 128 + SIGKILL);
-    const Result second = run({"-v"});
-    EXPECT_EQ(second.status, 0);
-    EXPECT_EQ(second.console.find(waits), 0U);
-    EXPECT_TRUE(hasInOrder(second.console, {"BOOT", updated[0]["components"]["bc"]}));
+    const OtherRun second("/state/second", "-v");
+    ASSERT_TRUE(comesTrue([] { return readFile("/state/second").find(waits) == 0; }));
+    hold.end();
+    EXPECT_EQ(second.end(), 0);
+    const std::string console = readFile("/state/second");
+    EXPECT_TRUE(hasInOrder(console, {"BOOT", updated[0]["components"]["bc"]}));
     if (fs::exists("/proc/self")) {
-        EXPECT_TRUE(
-            hasInOrder(second.console, {"\nHeld by process ", " (sh), ", " (lnxfwvt2).\n"}));
+        EXPECT_TRUE(hasInOrder(console, {"\nHeld by process ", " (sh), ", " (lnxfwvt2).\n"}));
     }
 }
 
