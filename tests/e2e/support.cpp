@@ -1,64 +1,25 @@
 #include "support.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 
 namespace e2e {
 
-struct WatchedRun {
-    Texts arguments;
-    Result result;
-    bool failed = false;
-};
-
-static std::vector<WatchedRun> runsOfThisTest;
-
-static void print(const WatchedRun& run) {
-    const std::string& log = run.result.log;
-    std::string command = "./zentrix";
-    for (const std::string& argument : run.arguments) {
-        command += " " + argument;
-    }
-    printf("---- %s ended with %d. Its console:\n%s\n", command.c_str(), run.result.status,
-           run.result.console.c_str());
-    printf("---- The end of its log, %s:\n%s\n", run.result.logPath.c_str(),
-           log.substr(log.size() - std::min<size_t>(log.size(), 3000)).c_str());
-}
-
-// All that means something to GoogleTest or the shell matches as any character.
-static std::string asFilter(std::string name) {
-    for (char& c : name) {
-        if (isalnum(static_cast<unsigned char>(c)) == 0 && c != '_' && c != '/') {
-            c = '?';
-        }
-    }
-    return name;
-}
+// What the runs of this test said, for the report if it fails.
+static std::string told;
 
 class Explanation : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo& /*test*/) override {
-        runsOfThisTest.clear();
-    }
-    void OnTestPartResult(const testing::TestPartResult& part) override {
-        if (part.failed() && !runsOfThisTest.empty()) {
-            runsOfThisTest.back().failed = true;
-        }
+        told.clear();
     }
     void OnTestEnd(const testing::TestInfo& test) override {
-        if (!test.result()->Failed()) {
-            return;
+        if (test.result()->Failed()) {
+            const std::string file = test.file();
+            printf(
+                "%s---- %s:%d: failed. To repeat only this:\n  GTEST_FILTER=%s.%s script/test %s -R e2e\n",
+                told.c_str(), file.substr(file.rfind("tests/e2e/")).c_str(), test.line(),
+                test.test_suite_name(), test.name(), ZENTRIX_PRESET);
         }
-        for (const WatchedRun& run : runsOfThisTest) {
-            if (run.failed) {
-                print(run);
-            }
-        }
-        const std::string file = test.file();
-        printf(
-            "---- %s:%d: failed. To repeat only this:\n  GTEST_FILTER=%s.%s script/test %s -R e2e\n",
-            file.substr(file.rfind("tests/e2e/")).c_str(), test.line(), test.test_suite_name(),
-            asFilter(test.name()).c_str(), ZENTRIX_PRESET);
     }
 };
 
@@ -67,8 +28,12 @@ void explainFailures() {
 }
 
 Result watchedRun(const Texts& arguments, const std::function<void()>& prepare) {
-    runsOfThisTest.push_back({arguments, run(arguments, prepare)});
-    return runsOfThisTest.back().result;
+    Result result = run(arguments, prepare);
+    const std::string& log = result.log;
+    told += "---- A run ended with " + std::to_string(result.status) + ". Its console:\n" +
+            result.console + "\n---- The end of its log, " + result.logPath + ":\n" +
+            log.substr(log.size() - std::min<size_t>(log.size(), 3000)) + "\n";
+    return result;
 }
 
 Result checkedRun(const Texts& arguments, const Texts& left) {
@@ -126,6 +91,13 @@ testing::AssertionResult hasInOrder(const std::string& text, const Texts& parts)
         at = found + part.size();
     }
     return testing::AssertionSuccess();
+}
+
+void Compared::SetUp() {
+    makePackage("one");
+    alone = checkedRun();
+    updated = readAdapters()["adapters"];
+    makePackage("one");
 }
 
 }  // namespace e2e

@@ -11,11 +11,11 @@ namespace e2e {
 // A log's first lines.
 inline const std::string header = "Kelvane Firmware Update Log.\n\n";
 
-// Runs the program, and keeps the result for the report on a test that fails.
+// Runs the program, and keeps what it said for the report on a test that fails.
 Result watchedRun(const Texts& arguments, const std::function<void()>& prepare = {});
 
-// Makes each test that fails explain itself: the runs that it failed at, with
-// console and end of the log, its place, and the command that repeats it alone.
+// Makes each test that fails explain itself: its runs, with console and end of
+// the log, its place, and the command that repeats it alone.
 void explainFailures();
 
 // Runs the program and expects that log and console tell the same commands
@@ -30,6 +30,13 @@ std::string spoken(const Result& result);
 // The commands that contain `word`, without the utility's path and the blanks
 // at the end, and with LOG for the log's path.
 Texts commandsWith(const Result& result, const std::string& word);
+
+// Tests of what must go like a run that nothing happened to.
+struct Compared : testing::Test {
+    void SetUp() override;
+    Result alone;
+    Json updated;  // the adapters after it
+};
 
 // True when all parts are found, each after the one before.
 testing::AssertionResult hasInOrder(const std::string& text, const Texts& parts);

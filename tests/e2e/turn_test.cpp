@@ -8,6 +8,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <thread>
 
 #include "support.h"
@@ -75,16 +76,7 @@ struct Lock {
     const int descriptor;
 };
 
-struct Turn : testing::Test {
-    void SetUp() override {
-        makePackage("one");
-        alone = checkedRun();
-        updated = readAdapters()["adapters"];
-        makePackage("one");
-    }
-    Result alone;
-    Json updated;
-};
+using Turn = Compared;
 
 // The first flash is held up until the end of this.
 struct Hold {

@@ -40,7 +40,7 @@ def script(name, *arguments):
     subprocess.run([tree / "script" / name, *map(str, arguments)], check=True, stderr=subprocess.DEVNULL)
 
 
-def until(what, condition, seconds=60):
+def until(what, condition, seconds=180):
     end = time.monotonic() + seconds
     while not condition():
         if time.monotonic() > end:
@@ -115,6 +115,7 @@ class Rollout:
 
     def __init__(self, *servers):
         self.servers = servers
+        self.playbook, self.place = "playbook.yml", tree / "rollout"
         self.results = work / "zentrix_results"
         self.package = make_package()
         hosts = {server.name: {"ansible_port": server.port, "ansible_ssh_private_key_file": str(server.dir / "key"),
@@ -135,8 +136,8 @@ class Rollout:
                        "ANSIBLE_TIMEOUT": "3"}
         self.output = work / f"output{len(list(work.glob('output*'))) + 1}"
         with open(self.output, "w") as output:
-            return subprocess.Popen(["ansible-playbook", "-i", work / "inventory.json", "playbook.yml",
-                                     "-e", f"zentrix_package={self.package}", *options], cwd=tree / "rollout",
+            return subprocess.Popen(["ansible-playbook", "-i", work / "inventory.json", self.playbook,
+                                     "-e", f"zentrix_package={self.package}", *options], cwd=self.place,
                                     env=environment, stdin=subprocess.DEVNULL, stdout=output, stderr=output,
                                     start_new_session=True)
 

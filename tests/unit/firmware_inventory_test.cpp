@@ -32,9 +32,9 @@ static std::string takeInventory() {
     std::string text = port.hasMgmtFw != 0 ? "mgmt " : "";
     text += port.mbaLegacy != 0 ? "legacy " : "";
     text += port.mbaHostClp != 0 ? "clp " : "";
-    for (const NamedField& field : namedFields) {
-        const std::string version = port.*field.version;
-        text += version == "NA" ? "" : field.name + version + " ";
+    for (const Component& component : components) {
+        const std::string version = port.*component.version;
+        text += version == "NA" ? "" : component.name + (" " + version) + " ";
     }
     return text;
 }

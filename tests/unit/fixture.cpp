@@ -65,17 +65,11 @@ Texts split(const std::string& text, char separator) {
     return parts;
 }
 
-const NamedField namedFields[12] = {
-    {"bc ", &Device::bootVer},  {"mfw1 ", &Device::mfwVer},  {"ipmi ", &Device::ipmiVer},
-    {"asf ", &Device::asfVer},  {"mba ", &Device::pxeVer},   {"l2t ", &Device::l2Ver},
-    {"ump ", &Device::umpVer},  {"ncsi ", &Device::ncsiVer}, {"imfw ", &Device::imfwVer},
-    {"ib ", &Device::iscsiVer}, {"efi ", &Device::efiVer},   {"fcode ", &Device::fcodeVer}};
-
 Device makePort(const std::string& present, int number, int bus) {
     Device port = {};
-    for (const NamedField& field : namedFields) {
-        const bool has = present.find(field.name) != std::string::npos;
-        setVersion(port.*field.version, has ? "1.0" : "NA");
+    for (const Component& component : components) {
+        const bool has = present.find(std::string(component.name) + " ") != std::string::npos;
+        setVersion(port.*component.version, has ? "1.0" : "NA");
     }
     snprintf(port.didStr, sizeof port.didStr, "3C01");
     snprintf(port.mac, sizeof port.mac, "M%d", number);

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "inventory/component_table.h"
 #include "inventory/device_list.h"
 
 namespace fwup {
@@ -52,13 +53,6 @@ std::string consoleOf(Call call) {
 
 // The parts of a text between separators.
 Texts split(const std::string& text, char separator);
-
-// The version fields, by the names of their components, "ib" being iSCSI boot.
-struct NamedField {
-    std::string name;
-    VersionField Device::*version;
-};
-extern const NamedField namedFields[12];
 
 // A port M<number> with driver and management firmware, and with the components in `present`,
 // each with a blank behind.

@@ -53,11 +53,4 @@ TEST(VersionString, OlderAndUnreadableStampsForceAnUpdate) {
     }
 }
 
-TEST(VersionString, TrimsToNothing) {
-    for (std::string text : {" \t\r\n", ""}) {
-        trim_right(text.data());
-        EXPECT_STREQ(text.c_str(), "");
-    }
-}
-
 }  // namespace fwup

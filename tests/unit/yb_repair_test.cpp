@@ -46,10 +46,6 @@ TEST_F(YbRepair, IsDecidedByTheFirstVpdLine) {
         EXPECT_EQ(console.find("YB fix") != std::string::npos, row.data.find(wrong) == 0);
         EXPECT_EQ(console.find(right) != std::string::npos, row.outcome == right);
     }
-    restart();
-    shellRules = {{"-show", 9, wrong}};  // killed, so the field isn't judged
-    consoleOf([&] { repairYb(&port, "T"); });
-    EXPECT_EQ(commands.find("-vpdyb"), std::string::npos);
 }
 
 }  // namespace fwup
