@@ -12,6 +12,7 @@ import gzip
 import os
 import re
 import signal
+import subprocess
 import sys
 import time
 
@@ -99,24 +100,27 @@ def scenario_canary():
 
 
 def scenario_second_batch():
-    """An adapter that is down in the second batch: the batch ends, the third is not reached, unless it may be."""
+    """A second batch with an adapter that is down and a systemd that starts nothing: the third is not reached, unless it may be."""
     facts = "/etc/ansible/facts.d"
     unrecorded = Server("c", boot=f"mkdir -p {facts} && mount -t tmpfs -o ro,mode=755 tmpfs {facts}")
-    fleet = [Server("a"), Server("b", "driverless"), unrecorded, Server("d")]
+    fleet = [Server("a"), Server("b", "driverless"), unrecorded, Server("d", boot="mkdir -p /run/systemd/system"), Server("e")]
     rollout = Rollout(*fleet)
-    rows = rollout.run("second batch", 2, "-e", '{"zentrix_batches": [1, 2, "100%"]}', a="updated", b="adapter-down", c="updated", d="not-reached")
+    rows = rollout.run("second batch", 2, "-e", '{"zentrix_batches": [1, 3, "100%"]}', a="updated", b="adapter-down", c="updated", d="failed",
+                       e="not-reached")
     expect("b's exit status", rows["b"]["exitStatus"], 172)
     expect("c's reason", "could not be recorded" in rows["c"]["reason"], True)
-    runs_on(*zip(fleet, (1, 1, 1, 0)))
-    rollout.run("half may fail", 2, "-e", '{"zentrix_batches": [2], "zentrix_max_failures": 50}', a="unchanged", b="adapter-down", c="updated", d="updated")
-    runs_on(*zip(fleet, (1, 2, 1, 1)))
+    expect("d's reason", "the run can't be started" in rows["d"]["reason"], True)
+    runs_on(*zip(fleet, (1, 1, 1, 0, 0)))
+    rollout.run("half may fail", 2, "-e", '{"zentrix_batches": [2], "zentrix_max_failures": 50}', a="unchanged", b="adapter-down", c="updated",
+                d="failed", e="updated")
+    runs_on(*zip(fleet, (1, 2, 1, 0, 1)))
 
 
 def scenario_unfit():
     """Servers that can't be updated are found before any is touched, or left out."""
     record = "mkdir -p /etc/ansible/facts.d && cd /etc/ansible/facts.d && rm -f zentrix.fact && "
-    fleet = [Server("fit"), Server("marker", boot="touch /tmp/kvsupdbg-no-f-update.txt"), Server("loader", loader=False),
-               Server("full", boot="mount -t tmpfs -o size=1m tmpfs /var/log"), Server("away", listening=False),
+    fleet = [Server("fit"), Server("marker", boot="touch /tmp/kvsupdbg-no-f-update.txt"), Server("loader", loader="/dev/null"),
+               Server("full", boot="mount -t tmpfs -o size=1m tmpfs /var/log; mount -t tmpfs -o noexec tmpfs /var/lib"), Server("away", listening=False),
              Server("bare", ansible_python_interpreter="/nowhere/python3"),
              Server("odd", boot=record + """echo '{"started": {"a": 1}}' >zentrix.fact"""),
              Server("dated", boot=record + """echo '{"ended": "2026-02-31T00:00:00Z"}' >zentrix.fact"""),
@@ -128,7 +132,8 @@ def scenario_unfit():
     untouched = fleet[0].files()
     rows = rollout.run("unfit", 2, fit="not-reached", **states)
     expect("what was touched", fleet[0].files(), untouched)
-    for name, word in (("marker", "dry-run marker"), ("loader", "libc6-i386"), ("full", "free for logs"), ("away", "can be reached over ssh"),
+    for name, word in (("marker", "dry-run marker"), ("loader", "libc6-i386"), ("full", "free for logs"), ("full", "mounted noexec"),
+                       ("away", "can be reached over ssh"),
                        ("bare", "/nowhere/python3"), ("odd", "right: started"), ("dated", "times"), ("newer", "7.13a.1.1a"), ("endless", "record"),
                        ("hanging", "Ask what a run needs")):
         expect(f"the reason of {name}", word in rows[name]["reason"], True)
@@ -228,6 +233,29 @@ def scenario_found_again():
     expect("the reason", "Another rollout" in rows["two"]["reason"], True)
     expect("the others", [each.wait() for each in others], [0, 0])
     runs_on(*zip(fleet, (2, 2, 2)))
+
+
+def scenario_collection():
+    """The collection alone, by its name, from any directory; and what can't work is refused."""
+    # The controller hasn't this one, so its own tasks can't become anybody.
+    become = r"""printf '#!/bin/sh\nshift 5\nexec "$@"\n' >/run/become; chmod 755 /run/become"""
+    server = Server("one", boot=become, ansible_become=True, ansible_become_exe="/run/become")
+    rollout = Rollout(server)
+    servers.script("collection", "--build", servers.build, servers.work)
+    os.environ["ANSIBLE_COLLECTIONS_PATH"] = str(servers.work / "collections")
+    subprocess.run(["ansible-galaxy", "collection", "install", "--offline", *servers.work.glob("marvek-zentrix-*.tar.gz")],
+                   check=True, stdout=subprocess.DEVNULL)
+    rollout.playbook, rollout.place, inventory = "marvek.zentrix.rollout", servers.work, servers.work / "inventory.json"
+    inventory.write_text(inventory.read_text().replace('"zentrix_report_program"', '"not_set"'))
+    for options, words in ((["--tags", "x"], "leave out --tags"), (["--limit", "one"], "name localhost too"),
+                           (["-e", "zentrix_hosts=nobody"], "No server is left")):
+        expect(f"status of {options}", rollout.start(*options).wait(), 2)
+        expect(f"what is said of {options}", words in rollout.output.read_text(), True)
+    wrong = ("zentrix_batches=abc", "zentrix_patience=abc", "zentrix_reboot=yes", "zentrix_patiense=3")
+    rows = rollout.run("wrong variables", 2, *(word for each in wrong for word in ("-e", each)), one="unfit")
+    expect("refused", [each for each in wrong if each.split("=")[0] not in rows["one"]["reason"]], [])
+    rollout.run("by its name", 0, one="updated")
+    runs_on((server, 1))
 
 
 reason = servers.begin(sys.argv[1], os.path.join(sys.argv[2], sys.argv[3]))
