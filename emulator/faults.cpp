@@ -1,5 +1,7 @@
 #include "faults.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -13,14 +15,18 @@ namespace emulator {
 
 namespace {
 
-std::string countersPath(const Fleet& fleet) {
+std::string pathBeside(const Fleet& fleet, const char* newEnding) {
     const std::string ending = ".json";
     std::string path = fleet.path;
     if (path.size() > ending.size() &&
         path.compare(path.size() - ending.size(), ending.size(), ending) == 0) {
         path.resize(path.size() - ending.size());
     }
-    return path + ".counters.json";
+    return path + newEnding;
+}
+
+std::string countersPath(const Fleet& fleet) {
+    return pathBeside(fleet, ".counters.json");
 }
 
 // One {"seen", "used"} pair for each fault, zero where nothing is known: a
@@ -47,11 +53,18 @@ bool concerns(const Json& criteria, const Json& event) {
 }
 
 // Counts the event and says whether the fault is due at it.
-bool isDue(const Json& fault, const Json& criteria, Json& counter) {
+bool isDue(const Json& fault, const Json& criteria, const Json& event, Json& counter) {
     const uint32_t seen = counter.value("seen", 0U) + 1;
     counter["seen"] = seen;
-    return criteria.value("nth", seen) == seen &&
-           counter.value("used", 0U) < fault.value("times", UINT32_MAX);
+    if (counter.contains("stuck")) {
+        return counter["stuck"] == event;
+    }
+    const bool due = criteria.value("nth", seen) == seen &&
+                     counter.value("used", 0U) < fault.value("times", UINT32_MAX);
+    if (due && fault.value("sticks", false)) {
+        counter["stuck"] = event;
+    }
+    return due;
 }
 
 }  // namespace
@@ -71,7 +84,7 @@ const Json* dueFault(const Fleet& fleet, const char* kind, const Json& event) {
         if (counters.is_null()) {
             counters = loadCounters(path, faults.size());
         }
-        if (isDue(faults[i], faults[i][kind], counters[i]) && due == nullptr) {
+        if (isDue(faults[i], faults[i][kind], event, counters[i]) && due == nullptr) {
             due = &faults[i];
             counters[i]["used"] = counters[i].value("used", 0U) + 1;
         }
@@ -86,6 +99,16 @@ void resetCounters(const Fleet& fleet) {
     const std::string path = countersPath(fleet);
     if (unlink(path.c_str()) != 0 && errno != ENOENT) {
         throw Failure(exitFleet, path + " can't be removed: " + strerror(errno));
+    }
+}
+
+void watchForAnother(const Fleet& fleet) {
+    if (!fleet.document.contains("faults")) {
+        return;
+    }
+    const int lock = open(pathBeside(fleet, ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) != 0) {
+        replaceFile(pathBeside(fleet, ".overlap"), "Two commands worked at the same time.\n");
     }
 }
 

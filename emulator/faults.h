@@ -16,6 +16,10 @@ const Json* dueFault(const Fleet& fleet, const char* kind, const Json& event);
 // Forgets all counts. Throws Failure(exitFleet).
 void resetCounters(const Fleet& fleet);
 
+// Where there are faults, leaves a file "overlap" beside the adapters when another
+// command of the utility works on them now, or begins before this process ends.
+void watchForAnother(const Fleet& fleet);
+
 // A signal given by number or by name ("SIGTERM", "TERM"); 0 if it is neither.
 int signalNumber(const Json& value);
 

@@ -61,6 +61,9 @@ std::string faultyText(const Session& session, const Json& fault) {
 }
 
 int obeyFaulty(Session& session, const Json& fault, const char* program) {
+    if (fault.contains("leaderSignal")) {
+        kill(getpgrp(), signalNumber(fault["leaderSignal"]));
+    }
     std::this_thread::sleep_for(std::chrono::milliseconds(fault.value("delay", 0U)));
     if (fault.contains("groupSignal")) {
         kill(0, signalNumber(fault["groupSignal"]));
@@ -91,6 +94,7 @@ int carryOutLine(const std::vector<std::string>& arguments, const char* program)
     if (!command.mac.empty()) {
         session.port = findPort(session.fleet, command.mac);
     }
+    watchForAnother(session.fleet);
     const Json* fault = dueFault(session.fleet, "command", eventOf(command));
     return fault == nullptr ? obey(session) : obeyFaulty(session, *fault, program);
 }

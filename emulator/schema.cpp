@@ -103,13 +103,17 @@ constexpr Rule componentRules[] = {
     {"version", word, true}, {"name", word}, {"type", text}, {"line", text}, {"enabled", flag}};
 constexpr Rule vpdRules[] = {{"V0", text}, {"YB", text}};
 constexpr Rule commandFaultRules[] = {
-    {"command", object, true}, {"times", number},  {"delay", number},
-    {"groupSignal", signal},   {"exit", exitCode}, {"signal", signal},
-    {"output", output},        {"text", text},     {"remove", flag}};
+    {"command", object, true}, {"times", number},        {"delay", number},
+    {"groupSignal", signal},   {"leaderSignal", signal}, {"exit", exitCode},
+    {"signal", signal},        {"output", output},       {"text", text},
+    {"remove", flag},          {"sticks", flag}};
 constexpr Rule commandRules[] = {
     {"mac", mac}, {"verb", verb}, {"component", word}, {"nth", number}};
-constexpr Rule callFaultRules[] = {
-    {"call", object, true}, {"times", number}, {"status", number}, {"count", number}};
+constexpr Rule callFaultRules[] = {{"call", object, true},
+                                   {"times", number},
+                                   {"status", number},
+                                   {"count", number},
+                                   {"sticks", flag}};
 constexpr Rule callRules[] = {{"function", function}, {"nth", number}};
 
 [[noreturn]] void refuse(const std::string& where, const std::string& why) {

@@ -2,151 +2,88 @@
 
 namespace report {
 
-// The first part stands on the manual page under DIAGNOSTICS, in its order.
-const Advice advices[] = {
-    {LineKind::usageError, "usage-error", true, "Not one of the options, or more than one.",
-     "untouched", "see OPTIONS.", actRunAgain, "Mend the command line."},
-    {LineKind::macsCorrected, "macs-corrected", false,
-     "The library has changed the MACs of partitions that had the same one.",
-     "nothing was stamped or flashed", "reboot and run again.", actReboot | actRunAgain, nullptr},
-    {LineKind::noTemporaryFile, "no-temporary-file", true,
-     "The current directory cannot be written, its disk is full, or a directory has this name.",
-     "untouched with \"q\", exit status 1. With \"y\" only the CRC check after a failure is left out; the update goes on.",
-     "remove the obstacle and run again, in the case of \"y\" with -f.", actRunAgain,
-     "Make the package directory writable and free space on its disk."},
-    {LineKind::noTool, "no-utility", true, "lnxfwvt2 is not in the current directory.", "untouched",
-     "start the tool from the package directory, with a complete package.", actRunAgain,
-     "Change into the package directory; complete the package."},
-    {LineKind::noDeviceList, "no-device-list", true, "Out of memory.",
-     "untouched, exit status 171, if it comes before the first table. After a failed flash the update ends there with exit status 1 and the later ports are untouched.",
-     "free memory and run again, after a failed flash with -f.", actRunAgain, "Free memory."},
-    {LineKind::noDeviceResources, "no-device-resources", true,
-     "Out of memory; this port is left out of the run or of the CRC check.",
-     "the port is neither stamped nor flashed, unless another port of its adapter is",
-     "free memory and run again.", actRunAgain, "Free memory."},
-    {LineKind::noListingFile, "no-listing-file", true,
-     "The utility's list cannot be written in the current directory.", "untouched",
-     "make the directory writable, remove what is in the way of the file devices, and run again.",
-     actRunAgain, "Make the package directory writable and free space on its disk."},
-    {LineKind::noAdapters, "no-adapters", true,
-     "The list is empty or shows no supported device ID, or the utility could not be run: see its \"returned code\".",
-     "untouched", "run ./lnxfwvt2 by hand, answer \"q\", and see what it lists or why it fails.",
-     actNothing, "Run ./lnxfwvt2 by hand, answer q, and see what it lists or why it fails."},
-    {LineKind::noInventory, "no-directory", true,
-     "The port's firmware directory cannot be written to, or read from, the file with this name.",
-     "the port shows \"NA\" everywhere. An update stamps it and reports its firmware as corrupted, which is then not the case; another port of the same adapter may still update it.",
-     "remove what is in the way of that file and run again, after an update with -f.", actForce,
-     "Make the package directory writable and free space on its disk."},
-    {LineKind::noNicResources, "no-nic-resources", true,
-     "Out of memory, or the library reports an impossible number of adapters.",
-     "then only the second table lacks drivers and addresses", "", actNothing, "Free memory."},
-    {LineKind::noDriverInformation, "no-driver-information", true, "The library has failed.",
-     "untouched",
-     "check that the library is the adapter maker's and has what it needs; what it says of its own accord is on standard error.",
-     actRunAgain, "Check the management library."},
-    {LineKind::noBuildVersion, "no-build-version", true, "BuildVersion.txt cannot be opened.",
-     "neither stamped nor flashed, if it comes before the first \"Build Version\" line; a wrong YB field of the first adapter may have been repaired. Later in a run, the adapters from there on are left out, or the rest of the current one is flashed by force.",
-     "put the file back, start from the package directory, and run again.", actRunAgain,
-     "Put BuildVersion.txt back into the package directory."},
-    {LineKind::stampCheckFailed, "stamp-check-failed", true,
-     "The utility could not read the adapter's stamp.",
-     "this one and the later ones are neither stamped nor flashed.",
-     "look at the returned code above the text; run again when the cause is removed.", actRunAgain,
-     "See why the utility can't read the stamp."},
-    {LineKind::stampFailed, "stamp-failed", true,
-     "The utility's exit code was not 0; 95 counts as a failure here.",
-     "flashed all the same, and the exit status does not change. The old stamp is likely still there, so that the next run may force its flashes again.",
-     "check that BuildVersion.txt is not empty; otherwise run again.", actRunAgain,
-     "Check that BuildVersion.txt is not empty."},
-    {LineKind::adapterDown, "adapter-down", true, "No driver is bound to the port.",
-     "stamped, not flashed; another port of the same adapter that has a driver updates it.",
-     "load the driver, then run again with -f, because a plain run would no longer force its flashes.",
-     actDriver | actForce, nullptr},
-    {LineKind::corrupted, "firmware-corrupted", true,
-     "The port's directory shows neither boot code nor management firmware.",
-     "stamped, not flashed",
-     "if \"Error 9\" stands above, see there; if -dir shows the components after all, the utility's answer was lost: run again with -f. Otherwise contact support.",
-     actSupport, nullptr},
-    {LineKind::imageMissing, "image-missing", true, "The package has no such image.",
-     "stamped; this component is as it was, the others are flashed",
-     "complete the package and run again with -f.", actForce,
-     "Complete the package: an image is missing."},
-    {LineKind::flashFailed, "flash-failed", true, "The utility's exit code is in the line above",
-     "stamped; this component is as it was or half flashed, the others are flashed",
-     "remove the cause and run again with -f. Do not reboot before that if the CRC check has failed too. After exit code 70 get another image first: 70 counts as no update needed the next time.",
-     actForce, nullptr},
-    {LineKind::blockNotRemoved, "block-not-removed", true,
-     "The utility did not delete the iSCSI boot configuration block, perhaps because the adapter has none.",
-     "flashed all the same",
-     "see with -iscsicfgversion whether the block is still there; if so, run -iscsicfgupdate again.",
-     actNothing, "See with -iscsicfgversion whether the iSCSI configuration is still there."},
-    {LineKind::ybFailed, "yb-failed", true, "The utility did not write the field YB.",
-     "updated all the same", "run again: the field is checked each time.", actRunAgain, nullptr},
-    {LineKind::crcFailed, "crc-failed", true,
-     "The utility found a damaged component or could not check; 95 counts as a failure here.",
-     "the firmware of this one may be damaged.",
-     "do not reboot; run again with -f, and contact support if this appears again.",
-     actStayUp | actForce, nullptr},
-    {LineKind::crcDown, "crc-down", true, "A port without driver is not checked.", "", "",
-     actDriver, nullptr},
-    {LineKind::switchFailed, "switch-failed", true, "The utility's exit code was neither 0 nor 95.",
-     "this switch is as it was, the others are tried",
-     "look at the returned code and give the same option again.", actRunAgain, nullptr},
-    {LineKind::switchFailedNcsi, "switch-failed", true,
-     "The utility's exit code was neither 0 nor 95.",
-     "this switch is as it was, the others are tried",
-     "look at the returned code and give the same option again.", actRunAgain, nullptr},
-    {LineKind::skipped, "held-back", false,
-     "The dry-run marker exists, so that this flash was not done although it is reported as successful.",
-     "", "remove /tmp/kvsupdbg-no-f-update.txt and run again with -f", actForce,
-     "Remove /tmp/kvsupdbg-no-f-update.txt."},
-    // What shows in no line of its own.
-    {LineKind::buildVersionLost, "build-version-lost", true,
-     "BuildVersion.txt was there at first and could not be opened any more.",
-     "the rest of this one was flashed by force, and later ones were left out.",
-     "put the file back, start from the package directory, and run again.", actRunAgain,
-     "Put BuildVersion.txt back into the package directory."},
-    {LineKind::cutOff, "no-end", true,
-     "The log ends here: the run was killed, the power failed, or the log's disk was full.", "", "",
-     actRunAgain, "See that there is room on the log's disk."},
-    {LineKind::notAccepted, "not-accepted", false,
-     "The utility did not accept the image: it is for another device or another component.",
-     "this component is as it was, which the tool takes for \"no update needed\".",
-     "see whether the package belongs to these adapters.", actNothing,
-     "See whether the package belongs to these adapters: an image was not accepted."},
-    {LineKind::notRead, "not-read", true,
-     "The utility failed to read something, and the tool went on with what it had got until then.",
-     "a port whose directory was not read shows \"NA\"; a field YB that was not read was not repaired.",
-     "remove the cause and run again.", actRunAgain, nullptr},
-    {LineKind::unchanged, "unchanged", true,
-     "The utility reported success, yet the second table shows the same version as the first.",
-     "this component is as it was, unless the image carries the very version that was installed.",
-     "compare the version with the package's; if the package's is newer, run again with -f.",
-     actForce, nullptr},
-    {LineKind::answersDiffer, "answers-differ", true,
-     "The ports of one adapter share their firmware, and no component comes or goes by itself, so one of the utility's answers was wrong or was lost.",
-     "they carry whatever one of the answers shows; what the first table lacks was not flashed.",
-     "look at the versions again with -v; after an update, run again with -f.", actNothing,
-     "Look at the versions again with -v."},
-    {LineKind::unknownToLibrary, "unknown-to-library", true,
-     "The management library told nothing of this port: its bus shows as -1.",
-     "taken to have a driver; flashed once for each such port; a field YB was not checked.",
-     "check that the library is the adapter maker's, and run again.", actRunAgain,
-     "Check the management library."},
-    {LineKind::doubtful, "doubtful", true,
-     "What the utility printed holds lines that look like the tool's own, so the log can't tell which of them are.",
-     "perhaps not as the log has it.", "look at the versions with -v, and run again.", actRunAgain,
-     nullptr},
-};
-const size_t adviceCount = sizeof advices / sizeof advices[0];
-
-const Advice* adviceFor(LineKind kind) {
-    for (const Advice& advice : advices) {
-        if (advice.kind == kind) {
-            return &advice;
-        }
+Advice adviceFor(Matter matter) {
+    switch (matter) {
+        case Matter::noBuildVersion:
+            return explained("Error in opening file", "no-build-version", actRepeat,
+                             "Put BuildVersion.txt back into the package directory.");
+        case Matter::buildVersionLost:
+            return {"build-version-lost",
+                    "BuildVersion.txt was there at first and could not be opened any more.",
+                    "the rest of this one was flashed by force, and later ones were left out.",
+                    "put the file back, start from the package directory, and run again.",
+                    actRepeat,
+                    "Put BuildVersion.txt back into the package directory."};
+        case Matter::noEnd:
+            return {
+                "no-end",
+                "The run was killed, the power failed, or the log's disk was full; or the run still goes on.",
+                "",
+                "see first that the run has ended; then run again.",
+                actRepeat,
+                "See that there is room on the log's disk."};
+        case Matter::headingAlone:
+            return {
+                "heading-alone",
+                "Only the options were asked for, or the run ended or waits before it did anything.",
+                "untouched, if the run has ended.",
+                "nothing, if only the options were asked for; otherwise run again.", actRepeat};
+        case Matter::refused:
+            return {
+                "not-accepted",
+                "The utility did not accept the image (exit code 70): it is for another device or another component.",
+                "this component is as it was.",
+                "get another image. Force does not help, and 70 counts as no update needed the next time.",
+                actRepeat,
+                "Get another image for each one that was not accepted (exit code 70)."};
+        case Matter::notRead:
+            return {
+                "not-read",
+                "The utility failed to read something, and the tool went on with what it had got until then.",
+                "a port whose directory was not read shows \"NA\"; a field YB that was not read was not repaired.",
+                "remove the cause and run again.", actRepeat};
+        case Matter::nothingWritten:
+            return {
+                "not-written",
+                "The utility reported success for a flash that was not forced, which writes newer images only; yet the second table shows the same version as the first.",
+                "this component is as it was.",
+                "run again with -f, and contact support if the version stays.", actForce};
+        case Matter::sameAsBefore:
+            return {
+                "unchanged",
+                "The flash was forced and succeeded, and the version is the same: the package brings the very version that was installed, or nothing was written.",
+                "as they were.",
+                "compare the version with the package's. If it is the package's, all is well; otherwise run again with -f.",
+                actFine};
+        case Matter::noBlock:
+            return {"no-block",
+                    "The adapter has no such iSCSI configuration, so none could be removed.",
+                    "as they should be.", "nothing.", actFine};
+        case Matter::answersDiffer:
+            return {
+                "answers-differ",
+                "The ports of one adapter share their firmware, and no component comes or goes by itself, so one of the utility's answers was wrong or was lost.",
+                "they carry whatever one of the answers shows; what the first table lacks was not flashed.",
+                "look at the versions again with -v; after an update, run again with -f.",
+                actRepeat};
+        case Matter::unknownToLibrary:
+            return {
+                "unknown-to-library",
+                "The management library told nothing of this port: its bus shows as -1.",
+                "taken to have a driver; flashed once for each such port; a field YB was not checked.",
+                "check that the library is the adapter maker's, and run again.",
+                actRepeat,
+                "Check the management library."};
+        case Matter::doubtful:
+            return {
+                "doubtful",
+                "The log contradicts itself: the utility printed lines that look like the tool's own, or texts are lost, as on a full disk.",
+                "perhaps not as the log has it.",
+                "look at the versions with -v, and run again.",
+                actRepeat,
+                "See that there is room on the log's disk."};
     }
-    return nullptr;
+    return {};
 }
 
 }  // namespace report

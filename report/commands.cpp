@@ -3,25 +3,26 @@
 #include <utility>
 
 #include "command_text.h"
+#include "log/flash_tool_code.h"
+#include "tool_line.h"
 
 namespace report {
 
 // Longer commands than the tool can write are none of its own.
 constexpr size_t commandLimit = 1024;
 
-constexpr std::string_view listingKey = "listing";
-
 // --- What a command means
 
-static FlashOutcome outcomeOf(int code, int stampForces) {
+// As the tool judges it.
+static FlashOutcome outcomeOf(int code, bool stampForces) {
     switch (code) {
-        case 0:
+        case fwup::codeSuccess:
             return FlashOutcome::updated;
-        case 35:
+        case fwup::codeNoUpdateNeeded:
             return FlashOutcome::notNeeded;
-        case 70:
-            return stampForces == 1 ? FlashOutcome::failed : FlashOutcome::notNeeded;
-        case 95:
+        case fwup::codeNotApplied:
+            return stampForces ? FlashOutcome::failed : FlashOutcome::refused;
+        case fwup::codeRebootRequired:
             return FlashOutcome::rebootNeeded;
         default:
             return FlashOutcome::failed;
@@ -29,182 +30,208 @@ static FlashOutcome outcomeOf(int code, int stampForces) {
 }
 
 static void openCommand(LogReader& reader, std::string_view line) {
-    Position& at = reader.at;
-    at.open = std::string(line.substr(0, commandLimit));
-    at.isOpen = true;
-    at.inTable = false;
-    at.awaited = Awaited::nothing;
-    const std::string_view verb = wordOf(line, 2);
-    if (verb == "dir" && endsWith(line, " >" + std::string(wordOf(line, 1))) && !at.listed) {
+    if (reader.isOpen || reader.awaited != Awaited::nothing) {
+        doubt(reader, line);  // the end of the one before it is lost
+    }
+    reader.open = std::string(line.substr(0, commandLimit));
+    reader.isOpen = true;
+    reader.inTable = false;
+    reader.awaited = Awaited::nothing;
+    const bool reads =
+        wordOf(line, 2) == "dir" && endsWith(line, " >" + std::string(wordOf(line, 1)));
+    if (reads && !reader.listed) {
         addPort(reader, wordOf(line, 1));
     }
     if (isFlash(line) && lastFlash(reader) != nullptr) {
         lastFlash(reader)->forced = line.find(" -F -") != std::string_view::npos;
     }
-    if (at.operation == Operation::update && wordOf(line, 0) == "rm" &&
+    if (reader.run.operation == Operation::update && wordOf(line, 0) == "rm" &&
         isKnown(reader, wordOf(line, 1))) {
-        at.passOver = true;
+        reader.passOver = true;
     }
     if (isLogged(line)) {
-        beginQuote(reader, Quote::output, at.open);
+        beginQuote(reader, Quote::output);
     }
 }
 
-static void closeFlash(LogReader& reader, int code) {
-    Flash* flash = lastFlash(reader);
-    if (flash == nullptr) {
-        return;
+static void closeFlash(LogReader& reader) {
+    if (Flash* flash = lastFlash(reader)) {
+        flash->exitCode = reader.code;
+        flash->outcome = outcomeOf(reader.code, flash->stampForces == 1);
     }
-    flash->exitCode = code;
-    flash->outcome = outcomeOf(code, flash->stampForces);
-    flash->notAccepted = code == 70 && flash->outcome == FlashOutcome::notNeeded;
-    reader.at.awaited = Awaited::flash;
 }
 
 // The commands of a discovery, whose failure the tool passes over.
-static bool isReading(std::string_view line) {
-    const std::string_view verb = wordOf(line, 2);
-    return line == listCommand || (verb == "dir" && wordOf(line, 3).substr(0, 1) == ">");
-}
-
-static void noteFailedReading(LogReader& reader, std::string_view line, int code) {
-    const bool ofPort = line != listCommand;
-    const std::string told = std::string(commandResult) + std::string(line) +
-                             std::string(returnedCode) + std::to_string(code);
-    addFinding(reader, LineKind::notRead, told, ofPort ? wordOf(line, 1) : "");
+static void noteFailedReading(LogReader& reader, std::string_view line) {
+    const bool ofPort = wordOf(line, 2) == "dir" && startsWith(wordOf(line, 3), ">");
+    if (!ofPort && line != listCommand) {
+        return;
+    }
+    const std::string mac(ofPort ? wordOf(line, 1) : "");
+    if (ofPort && !reader.passOver) {
+        reader.run.unread.push_back(mac);
+    }
+    addFinding(reader, adviceFor(Matter::notRead),
+               std::string(commandResult) + std::string(line) + std::string(returnedCode) +
+                   std::to_string(reader.code),
+               mac);
 }
 
 static void beginYb(LogReader& reader, std::string_view line) {
     Visit* visit = visitOf(reader, wordOf(line, 1));
-    if (wordOf(line, 4) != "vpdyb") {
-        return;
-    }
-    reader.at.quote = Quote::yb;
+    reader.quote = Quote::yb;
     if (visit != nullptr && !visit->stampRead) {
         visit->ybLine = reader.number;
     }
 }
 
-// What the tool does with the result of a command decides what may come next.
-static void judgeReturn(LogReader& reader, std::string_view line, int code) {
-    Position& at = reader.at;
+static void beginRemoval(LogReader& reader, std::string_view line) {
+    for (const fwup::IscsiBlock& block : fwup::iscsiBlocks) {
+        if (wordOf(line, 4) == block.name) {
+            reader.run.removals.push_back({std::string(wordOf(line, 1)), &block, false});
+        }
+    }
+}
+
+static Awaited awaitedAfter(std::string_view line) {
     const std::string_view verb = wordOf(line, 2);
     const std::string_view subject = wordOf(line, 3);
-    if (code != 0 && isReading(line)) {
-        noteFailedReading(reader, line, code);
+    if (verb == "upgrade") {
+        return Awaited::flash;
     }
-    if (isFlash(line)) {
-        closeFlash(reader, code);
-    } else if (line == listCommand) {
+    if (verb == "crc") {
+        return Awaited::crc;
+    }
+    if (verb == "dir") {
+        return subject == "-delete" ? Awaited::blockRemoval : Awaited::nothing;
+    }
+    if (verb != "cfg") {
+        return Awaited::nothing;
+    }
+    if (subject == "-show") {
+        return wordOf(line, 4) == "vpdv0" ? Awaited::stampCheck : Awaited::nothing;
+    }
+    return subject == "-vpdyb"     ? Awaited::ybFix
+           : subject == "-noreset" ? Awaited::stamp
+                                   : Awaited::switching;
+}
+
+// What the tool does with the result of a command decides what may come next.
+static void closeCommand(LogReader& reader, int code) {
+    const std::string closed = std::exchange(reader.open, {});
+    reader.quote = Quote::none;
+    reader.isOpen = false;
+    reader.code = code;
+    reader.awaited = awaitedAfter(closed);
+    if (code != 0) {
+        noteFailedReading(reader, closed);
+    }
+    if (isFlash(closed)) {
+        closeFlash(reader);
+    } else if (closed == listCommand) {
         reader.run.listings.emplace_back();
-        beginQuote(reader, Quote::listing, std::string(listingKey));
-    } else if (line == "rm q") {
-        at.removedQuitFile = true;
-    } else if (verb == "crc") {
-        at.awaited = Awaited::crc;
-    } else if (verb == "dir" && subject == "-delete") {
-        at.awaited = Awaited::blockRemoval;
-    } else if (verb == "cfg" && subject == "-show") {
-        beginYb(reader, line);
-    } else if (verb == "cfg" && subject == "-vpdyb") {
-        at.awaited = Awaited::ybFix;
-    } else if (verb == "cfg" && subject == "-noreset") {
-        at.awaited = Awaited::stamp;
-    } else if (verb == "cfg") {
-        at.awaited = Awaited::switching;
+        beginQuote(reader, Quote::listing);
+    } else if (closed == "rm q") {
+        reader.removedQuitFile = true;
+    } else if (wordOf(closed, 4) == "vpdyb") {
+        beginYb(reader, closed);
+    } else if (reader.awaited == Awaited::blockRemoval) {
+        beginRemoval(reader, closed);
     }
 }
 
-static void closeCommand(LogReader& reader, std::string_view command, int code) {
-    // A copy: going back changes what it may point into.
-    const std::string closed(command);
-    if ((!reader.at.isOpen || reader.at.open != closed) && !reopen(reader, closed)) {
-        return;
+void skipCommand(LogReader& reader, std::string_view line, const Advice& advice) {
+    const bool isOfFlash = isFlash(reader.open);
+    closeCommand(reader, 0);
+    if (!reader.run.dryRun) {
+        addFinding(reader, advice, line);
     }
-    if (Checkpoint* checkpoint = findCheckpoint(reader, closed)) {
-        checkpoint->code = code;
+    reader.run.dryRun = true;
+    if (isOfFlash && lastFlash(reader) != nullptr) {
+        lastFlash(reader)->exitCode.reset();
+        lastFlash(reader)->outcome = FlashOutcome::heldBack;
     }
-    reader.at.quote = Quote::none;
-    reader.at.isOpen = false;
-    judgeReturn(reader, closed, code);
 }
 
-void skipCommand(LogReader& reader, std::string_view line) {
-    Flash* flash = lastFlash(reader);
-    reader.at.quote = Quote::none;
-    reader.at.isOpen = false;
-    if (!isFlash(reader.at.open) || flash == nullptr) {
-        addFinding(reader, LineKind::skipped, line);
-        judgeReturn(reader, reader.at.open, 0);
-        return;
+void doubtReturn(LogReader& reader, std::string_view line, std::string_view command) {
+    doubt(reader, line);
+    for (Flash& flash : reader.run.flashes) {
+        if (isFlash(command) && wordOf(command, 1) == flash.mac &&
+            command.find(flash.image) != std::string_view::npos) {
+            flash.outcome = FlashOutcome::failed;
+        }
     }
-    flash->outcome = FlashOutcome::heldBack;
-    addFinding(reader, LineKind::skipped, line, flash->mac, flash->component);
 }
 
 // --- Its lines
 
 static void breakCommand(LogReader& reader, std::string_view begin, bool isReturn) {
-    reader.at.broken = std::string(begin.substr(0, commandLimit)) + "\n";
-    reader.at.brokenReturn = isReturn;
+    reader.broken = std::string(begin.substr(0, commandLimit)) + "\n";
+    reader.brokenReturn = isReturn;
 }
 
 // A list that has begun ends with the question that only "q" answers.
-static void noteBrokenListing(LogReader& reader) {
+static void endListing(LogReader& reader) {
     if (reader.run.listings.back().state == fwup::TableState::rows) {
-        addFinding(reader, LineKind::notRead, "The utility's list breaks off and may lack ports");
+        addFinding(reader, adviceFor(Matter::notRead),
+                   "The utility's list breaks off and may lack ports");
     }
 }
 
-static void readOpening(LogReader& reader, std::string_view rest) {
+static void readOpening(LogReader& reader, std::string_view rest, bool endsListing) {
     if (!endsWith(rest, "\"")) {
         breakCommand(reader, rest, false);
         return;
     }
     const std::string_view opened = rest.substr(0, rest.size() - 1);
-    if (opened == removeList && reopen(reader, listingKey)) {
-        reader.at.quote = Quote::none;
-        noteBrokenListing(reader);
+    if (opened == removeList && endsListing) {
+        endListing(reader);
+    } else if (opened == removeList) {
+        doubt(reader, rest);  // the list itself held such a line
     }
     openCommand(reader, opened);
 }
 
-static void readResult(LogReader& reader, std::string_view rest) {
-    const size_t end = rest.rfind(returnedCode);
-    int code = 0;
-    if (end == std::string_view::npos) {
-        breakCommand(reader, rest, true);
-    } else if (readNumber(rest.substr(end + returnedCode.size()), code)) {
-        closeCommand(reader, rest.substr(0, end), code);
+static void readResult(LogReader& reader, std::string_view line, std::string_view command,
+                       int code) {
+    if (reader.isOpen && reader.open == command) {
+        closeCommand(reader, code);
+    } else {
+        doubtReturn(reader, line, command);
     }
 }
 
 bool readCommandLine(LogReader& reader, std::string_view line) {
+    const bool endsListing = std::exchange(reader.endedListing, false);
     if (startsWith(line, aboutTo)) {
-        readOpening(reader, line.substr(aboutTo.size()));
+        readOpening(reader, line.substr(aboutTo.size()), endsListing);
+        return true;
+    }
+    Return found;
+    if (findReturn(line, found)) {
+        readResult(reader, line, found.command, found.code);
         return true;
     }
     if (startsWith(line, commandResult)) {
-        readResult(reader, line.substr(commandResult.size()));
+        breakCommand(reader, line.substr(commandResult.size()), true);
         return true;
     }
     return false;
 }
 
 bool readBrokenCommand(LogReader& reader, std::string_view line) {
-    Position& at = reader.at;
-    if (at.broken.empty()) {
+    if (reader.broken.empty()) {
         return false;
     }
-    const std::string whole = std::exchange(at.broken, {});
-    int number = 0;
-    if (!at.brokenReturn && line == "\"") {
+    const std::string whole = std::exchange(reader.broken, {});
+    int code = 0;
+    if (!reader.brokenReturn && line == "\"") {
         openCommand(reader, whole);
         return true;
     }
-    if (at.brokenReturn && startsWith(line, returnedCode) &&
-        readNumber(line.substr(returnedCode.size()), number)) {
-        closeCommand(reader, whole, number);
+    if (reader.brokenReturn && startsWith(line, returnedCode) &&
+        readNumber(line.substr(returnedCode.size()), code)) {
+        readResult(reader, line, whole, code);
         return true;
     }
     return false;

@@ -15,6 +15,10 @@ bool readCommandLine(LogReader& reader, std::string_view line);
 bool readBrokenCommand(LogReader& reader, std::string_view line);
 
 // The command that is open was held back, which the tool takes for a success.
-void skipCommand(LogReader& reader, std::string_view line);
+void skipCommand(LogReader& reader, std::string_view line, const Advice& advice);
+
+// A "returned code" line of a command that isn't open: nobody can tell which of the two
+// lines about it is the tool's, so the worse counts.
+void doubtReturn(LogReader& reader, std::string_view line, std::string_view command);
 
 }  // namespace report

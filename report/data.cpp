@@ -1,6 +1,7 @@
 #include "data.h"
 
 #include "names.h"
+#include "work.h"
 
 namespace report {
 
@@ -13,6 +14,25 @@ static Json orNull(const char* text) {
     return text == nullptr ? Json(nullptr) : Json(text);
 }
 
+static Json orNull(const std::string& text) {
+    return text.empty() ? Json(nullptr) : Json(text);
+}
+
+// The heading of the tool's table, in small letters.
+static std::string columnName(size_t column) {
+    std::string name = fwup::versionColumns[column].heading;
+    for (char& c : name) {
+        c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    }
+    return name;
+}
+
+static Json columnOf(const Flash& flash) {
+    const size_t column =
+        flash.component == nullptr ? versionColumns : fwup::columnOf(*flash.component);
+    return column == versionColumns ? Json(nullptr) : Json(columnName(column));
+}
+
 static Json versionsOf(const Port* row) {
     if (row == nullptr) {
         return nullptr;
@@ -20,7 +40,7 @@ static Json versionsOf(const Port* row) {
     Json versions = Json::object();
     for (size_t i = 0; i < versionColumns; i++) {
         const std::string& version = row->versions[i];
-        versions[columnNames[i]] = version == "NA" ? Json(nullptr) : Json(version);
+        versions[columnName(i)] = isAbsent(version) ? Json(nullptr) : Json(version);
     }
     return versions;
 }
@@ -39,7 +59,8 @@ static Json portData(const PortSummary& port) {
 
 static Json flashData(const Flash& flash) {
     return {{"mac", flash.mac},
-            {"component", flash.component},
+            {"component", componentOf(flash)},
+            {"column", columnOf(flash)},
             {"image", flash.image},
             {"forced", flash.forced},
             {"exitCode", orNull(flash.exitCode)},
@@ -68,6 +89,30 @@ static Json adapterData(const AdapterSummary& adapter) {
             {"yb", orNull(nameOf(adapter.yb))}};
 }
 
+static Json problemsData(const std::vector<Problem>& problems) {
+    Json data = Json::array();
+    for (const Problem& problem : problems) {
+        data.push_back({{"kind", problem.kind},
+                        {"mac", orNull(problem.mac)},
+                        {"component", orNull(problem.component)},
+                        {"line", problem.line == 0 ? Json(nullptr) : Json(problem.line)},
+                        {"text", problem.text},
+                        {"cause", problem.cause},
+                        {"adapters", problem.adapters},
+                        {"next", problem.next}});
+    }
+    return data;
+}
+
+static Json nextData(const std::vector<Step>& next) {
+    Json data = Json::array();
+    for (const Step& step : next) {
+        data.push_back(
+            {{"code", nameOf(step.code)}, {"text", step.text}, {"command", orNull(step.command)}});
+    }
+    return data;
+}
+
 Json toData(const std::string& log, const Run& run, const Summary& summary) {
     Json adapters = Json::array();
     for (const AdapterSummary& adapter : summary.adapters) {
@@ -78,38 +123,27 @@ Json toData(const std::string& log, const Run& run, const Summary& summary) {
         switches.push_back(
             {{"mac", one.mac}, {"firmware", one.firmware}, {"outcome", nameOf(one.outcome)}});
     }
-    Json next = Json::array();
-    for (const Step& step : summary.next) {
-        next.push_back(step.text);
-    }
-    Json problems = Json::array();
-    for (const Problem& problem : summary.problems) {
-        problems.push_back({{"line", problem.line == 0 ? Json(nullptr) : Json(problem.line)},
-                            {"text", problem.text},
-                            {"cause", problem.cause},
-                            {"adapters", problem.adapters},
-                            {"next", problem.next}});
-    }
     return {{"log", log},
-            {"version", run.version.empty() ? Json(nullptr) : Json(run.version)},
-            {"operation", nameOf(run.operation)},
-            {"outcome", nameOf(summary.outcome)},
+            {"version", orNull(run.version)},
+            {"operation", wordsOf(run.operation).name},
+            {"outcome", wordsOf(summary.outcome).name},
             {"exitStatus", orNull(run.exitStatus)},
-            {"dryRun", summary.dryRun},
+            {"dryRun", run.dryRun},
             {"rebootNeeded", summary.rebootNeeded},
             {"buildVersion", orNull(summary.buildVersion)},
             {"adapters", std::move(adapters)},
             {"switches", std::move(switches)},
-            {"problems", std::move(problems)},
-            {"next", std::move(next)}};
+            {"problems", problemsData(summary.problems)},
+            {"remarks", problemsData(summary.remarks)},
+            {"next", nextData(summary.next)}};
 }
 
 std::string dumpText(const Json& document) {
-    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return document.dump(2) + "\n";
 }
 
 std::string dumpData(const Json& runs) {
-    return dumpText({{"format", "zentrix-report/1"}, {"runs", runs}});
+    return dumpText({{"format", "zentrix-report/2"}, {"runs", runs}});
 }
 
 }  // namespace report

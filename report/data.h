@@ -1,5 +1,4 @@
-// A run as data. docs/zentrix-report.1 describes the keys, and
-// docs/zentrix-report.schema.json what they may hold.
+// A run as data, as docs/zentrix-report.schema.json describes it.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -11,10 +10,10 @@ namespace report {
 
 using Json = nlohmann::ordered_json;
 
-// The run of one log. Bytes that are no UTF-8 stay in the texts until `dump`.
+// The run of one log, whose path is plain text.
 Json toData(const std::string& log, const Run& run, const Summary& summary);
 
-// As text, always valid JSON in UTF-8.
+// As text.
 std::string dumpText(const Json& document);
 
 // The whole document of these runs.

@@ -12,6 +12,7 @@
 
 #include "line_cutter.h"
 #include "log_reader.h"
+#include "tool_line.h"
 
 namespace report {
 
@@ -86,7 +87,7 @@ static bool readStream(int stream, LogReader& reader) {
         if (length < 0 && errno != EINTR) {
             return false;
         }
-        if (length == 0 || !reader.isLog) {
+        if (length == 0 || !reader.isLog || reader.secondHeading != 0) {
             readRest(reader, cutter);
             return true;
         }
@@ -112,6 +113,11 @@ bool readLog(const std::string& path, Run& run, std::string& trouble) {
     }
     if (reader.number == 0 || !reader.isLog) {
         trouble = reader.number == 0 ? "is empty" : "is not a log of zentrix";
+        return false;
+    }
+    if (reader.secondHeading != 0) {
+        trouble = "another log begins in line " + std::to_string(reader.secondHeading) +
+                  ": each needs a file of its own";
         return false;
     }
     run = finishLog(reader);

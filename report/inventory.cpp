@@ -28,8 +28,9 @@ static std::vector<Sought> listSought() {
         }
         sought.push_back({component.name, needles});
     }
-    sought.push_back({"isb_cfg", {"isb_cfg ", "ISB_CFG "}});
-    sought.push_back({"isb_cfg2", {"isb_cfg2 ", "ISB_CFG2 "}});
+    for (const fwup::IscsiBlock& block : fwup::iscsiBlocks) {
+        sought.push_back({block.name, {block.needles[0], block.needles[1]}});
+    }
     return sought;
 }
 

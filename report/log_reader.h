@@ -1,6 +1,6 @@
 // Reads the log of a run, line by line, and keeps what is reported.
 //
-//   log       = header [title (usage | reboot | run)]
+//   log       = heading [title (usage | reboot | run)]
 //   run       = "No duplicate MACs found. Okay" discovery operation removal
 //   discovery = listing {port} | failure
 //   listing   = command quote(listing) command
@@ -19,13 +19,10 @@
 //                         run of directories, the next port's or a removal
 //   the field YB          the end of the line that holds it
 //
-// Only commands that add to the log have output there; a line that isn't
-// closed where the tool's text begins is closed in its middle. A closing line
-// may itself be quoted. The tool never writes one twice for the same command,
-// so when it comes again outside of any quote, the earlier one was the
-// utility's: everything since then is forgotten and the quote ends here. When
-// it comes again inside a later quote, either of the two may be the utility's:
-// if they differ, the worse counts, and a finding tells of the doubt.
+// Only commands that add to the log have output there; a line that isn't closed where
+// the tool's text begins is closed in its middle. A closing line may itself be quoted.
+// The tool never writes one twice for the same step, so when it comes again the log is
+// doubtful: the worse of the two counts.
 #pragma once
 
 #include <cstddef>
@@ -38,11 +35,6 @@ namespace report {
 
 // Takes the next line, without its line feed.
 void readLine(LogReader& reader, std::string_view line, size_t number);
-
-// How many of these bytes, which begin with a line, are whole lines that decide
-// nothing, so that readLine() needn't see them. At least the last line isn't, so
-// that the number of lines is known in the end.
-size_t skippableBytes(const LogReader& reader, std::string_view bytes);
 
 // Takes the next bytes of the log, however many, and ends it behind the last.
 void readBytes(LogReader& reader, LineCutter& cutter, std::string_view bytes);

@@ -12,6 +12,7 @@
 #include "input.h"
 #include "screen.h"
 #include "summary.h"
+#include "tool_line.h"
 
 namespace report {
 
@@ -30,13 +31,14 @@ struct Options {
 };
 
 static void sayTrouble(const std::string& path, const std::string& trouble) {
-    fprintf(stderr, "zentrix-report: %s: %s\n", path.c_str(), trouble.c_str());
+    fprintf(stderr, "zentrix-report: %s: %s\n", plainText(path).c_str(), trouble.c_str());
 }
 
 // What the reports of all logs come to.
 struct Result {
     Json runs = Json::array();
     std::string screen;
+    History history;
     bool unreadable = false;
     bool leftToDo = false;
 };
@@ -49,13 +51,13 @@ static void addLog(const Options& options, bool colour, const Source& source, Re
         result.unreadable = true;
         return;
     }
-    const Summary summary = summarize(run);
+    const Summary summary = summarize(run, &result.history);
+    const std::string path = plainText(source.path);
     result.leftToDo = result.leftToDo || summary.outcome != Outcome::clean || !summary.next.empty();
     if (options.json) {
-        result.runs.push_back(toData(source.path, run, summary));
+        result.runs.push_back(toData(path, run, summary));
     } else {
-        result.screen +=
-            (result.screen.empty() ? "" : "\n") + toScreen(source.path, run, summary, colour);
+        result.screen += (result.screen.empty() ? "" : "\n") + toScreen(path, run, summary, colour);
     }
 }
 
@@ -113,7 +115,7 @@ int main(int argc, char** argv) {
     try {
         return report::run(argc, argv);
     } catch (const std::exception& error) {
-        fprintf(stderr, "zentrix-report: %s\n", error.what());
+        fprintf(stderr, "zentrix-report: %s\n", report::plainText(error.what()).c_str());
         return report::exitUnreadable;
     }
 }

@@ -1,9 +1,7 @@
-// Where the reader of a log is, what it has found so far, and how it goes back
-// when a quote turns out to have ended too early.
+// Where the reader of a log is, and what it has found so far.
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <optional>
 #include <set>
 #include <string>
@@ -15,70 +13,38 @@ namespace report {
 
 enum class Quote { none, output, listing, directory, yb };
 
-// What the next outcome line is about.
-enum class Awaited { nothing, flash, stamp, crc, blockRemoval, ybFix, switching };
+// A step of the tool whose outcome a line of its own tells, behind the command's result.
+enum class Awaited { nothing, flash, stampCheck, stamp, crc, blockRemoval, ybFix, switching };
 
-// All that changes from line to line, besides the records.
-struct Position {
+struct LogReader {
+    Run run;
+    std::set<std::string, std::less<>> known;  // the same MACs as run.macs
+    size_t number = 0;                         // of the line that is read
+    bool isLog = true;                         // false when the first line is no log's
+    size_t secondHeading = 0;                  // the line with which another log begins; 0 for none
     Quote quote = Quote::none;
     bool quotedText = false;  // something else than blanks was quoted
+    std::string lastQuoted;   // the last line that is more than blanks
     Awaited awaited = Awaited::nothing;
+    int code = 0;      // of the command whose outcome is awaited
     std::string open;  // the command that is being run
     bool isOpen = false;
     std::string broken;  // the beginning of a command that goes on in the next line
     bool brokenReturn = false;
-    std::string directoryOf;  // the port whose directory is quoted
+    std::string directoryOf;    // the port whose directory is quoted
+    bool endedListing = false;  // the quote that this line has ended was the list
     bool inTable = false;
     bool tableIsSecond = false;
-    bool headerOnly = true;  // as the usage text leaves it
-    bool titleSeen = false;
+    bool headingOnly = true;  // as the usage text leaves it
     int stampForces = -1;
-    int passStatus = 0;  // as the pass would end with now
-    Operation operation = Operation::none;
+    int passStatus = 0;     // as the pass would end with now
     bool listed = false;    // the first discovery has ended
     bool passOver = false;  // an update has come to its second discovery
     bool removedQuitFile = false;
-    std::optional<int> exitStatus;
 };
 
-// Where a quote began, to go back to.
-struct Checkpoint {
-    std::string key;          // the command, or what else tells its closing line
-    std::optional<int> code;  // with which the command was closed
-    Position position;
-    size_t macs = 0;
-    size_t listings = 0;
-    size_t directories = 0;
-    size_t before = 0;
-    size_t after = 0;
-    size_t visits = 0;
-    size_t flashes = 0;
-    size_t switches = 0;
-    size_t findings = 0;
-    bool hasAfter = false;
-    std::optional<Visit> visit;  // the last ones, which may still change
-    std::optional<Flash> flash;
-    std::optional<Switch> lastSwitch;
-};
-
-struct LogReader {
-    Run run;
-    Position at;
-    std::set<std::string, std::less<>> known;  // the same MACs as run.macs
-    std::deque<Checkpoint> checkpoints;        // of the latest quotes
-    size_t number = 0;                         // of the line that is read
-    bool isLog = true;                         // false when the first line is no log's
-};
-
-// From here on lines are quoted, until one that `key` tells of.
-void beginQuote(LogReader& reader, Quote quote, std::string key);
-
-// The latest quote with this key; null when there is none.
-Checkpoint* findCheckpoint(LogReader& reader, std::string_view key);
-
-// Opens the latest quote with this key again and forgets all since then; false
-// when there is none.
-bool reopen(LogReader& reader, std::string_view key);
+// From here on lines are quoted.
+void beginQuote(LogReader& reader, Quote quote);
 
 // Adds a port that the utility has listed, and tells one.
 void addPort(LogReader& reader, std::string_view mac);
@@ -90,7 +56,10 @@ Visit* visitOf(LogReader& reader, std::string_view mac);
 // Null before the first.
 Flash* lastFlash(LogReader& reader);
 
-void addFinding(LogReader& reader, LineKind kind, std::string_view text, std::string_view mac = {},
-                std::string_view component = {});
+void addFinding(LogReader& reader, const Advice& advice, std::string_view text,
+                std::string_view mac = {}, std::string_view component = {});
+
+// The log contradicts itself in this line. One finding stands for all.
+void doubt(LogReader& reader, std::string_view line);
 
 }  // namespace report

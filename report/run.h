@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "advice.h"
 #include "inventory.h"
-#include "tool_line.h"
+#include "inventory/component_table.h"
 
 namespace report {
 
@@ -17,6 +18,7 @@ enum class FlashOutcome {
     updated,
     rebootNeeded,
     notNeeded,
+    refused,  // which the tool takes for "no update needed"
     failed,
     imageMissing,
     heldBack,
@@ -24,11 +26,10 @@ enum class FlashOutcome {
 
 struct Flash {
     std::string mac;
-    std::string component;
     std::string image;
-    bool forced = false;       // the command carried the switch
-    int stampForces = -1;      // what the comparison said; -1 when there was none
-    bool notAccepted = false;  // exit code 70, though it is no failure
+    const fwup::Component* component = nullptr;  // null for an image of none
+    bool forced = false;                         // the command carried the switch
+    int stampForces = -1;                        // what the comparison said; -1 when there was none
     std::optional<int> exitCode;
     FlashOutcome outcome = FlashOutcome::cutOff;
     size_t line = 0;
@@ -54,6 +55,13 @@ struct Visit {
     YbOutcome yb = YbOutcome::none;
 };
 
+// The removal of a block with an iSCSI configuration.
+struct Removal {
+    std::string mac;
+    const fwup::IscsiBlock* block = nullptr;
+    bool done = false;
+};
+
 enum class SwitchOutcome { cutOff, done, rebootNeeded, failed };
 
 struct Switch {
@@ -62,6 +70,8 @@ struct Switch {
     SwitchOutcome outcome = SwitchOutcome::cutOff;
     size_t line = 0;
 };
+
+constexpr size_t versionColumns = fwup::versionColumnCount;
 
 // A row of the version table.
 struct Port {
@@ -73,9 +83,9 @@ struct Port {
     std::string versions[versionColumns];
 };
 
-// A line that tells of trouble.
+// Trouble that a line, or what lacks, tells of.
 struct Finding {
-    LineKind kind = LineKind::unknown;
+    Advice advice;
     size_t line = 0;  // 0 when no single line shows it
     std::string text;
     std::string mac;        // empty when it is about no single port
@@ -97,11 +107,19 @@ enum class Operation {
 struct Run {
     std::string version;  // the tool's; empty when the log doesn't tell
     Operation operation = Operation::none;
+    bool mayDisableAll = false;  // no line has told disableNcsi from disableManagement
     std::optional<int> exitStatus;
     bool cutOff = false;
-    std::string cutIn;  // the command during which the log ends; may be empty
+    bool headingAlone = false;
+    bool usageError = false;
+    bool rebootFirst = false;
+    bool dryRun = false;
+    bool doubtful = false;
+    bool passOver = false;  // every port has had its turn
+    std::string cutIn;      // the command during which the log ends; may be empty
     size_t lines = 0;
-    std::vector<std::string> macs;  // the listed ports, in order
+    std::vector<std::string> macs;    // the listed ports, in order
+    std::vector<std::string> unread;  // the ports whose directory could not be read
     std::vector<Listing> listings;
     std::vector<Directory> directories;  // in the order of the log; a port may have several
     std::vector<Port> before;
@@ -109,6 +127,7 @@ struct Run {
     bool hasAfter = false;
     std::vector<Visit> visits;
     std::vector<Flash> flashes;
+    std::vector<Removal> removals;
     std::vector<Switch> switches;
     std::vector<Finding> findings;
 };

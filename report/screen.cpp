@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "names.h"
+#include "work.h"
 
 namespace report {
 
@@ -14,58 +15,22 @@ struct Screen {
     bool colour;
 };
 
-enum class Tint { plain, good, bad, strong };
+enum class Tint { good, bad, strong };
 
-// --- Text that may be shown
-
-// The length of the UTF-8 character at `at` that may be printed; 0 when there is none.
-static size_t printableAt(const std::string& text, size_t at) {
-    const auto byte = [&text](size_t i) {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-    };
-    const unsigned first = byte(at);
-    if (first < 0x80) {
-        return first >= ' ' && first != 0x7F ? 1 : 0;
+static const char* codeOf(Tint tint) {
+    switch (tint) {
+        case Tint::good:
+            return "\033[32m";
+        case Tint::bad:
+            return "\033[31m";
+        case Tint::strong:
+            return "\033[1m";
     }
-    const size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-    if (first < 0xC2 || first > 0xF4) {
-        return 0;
-    }
-    for (size_t i = 1; i < length; i++) {
-        if ((byte(at + i) & 0xC0) != 0x80) {
-            return 0;
-        }
-    }
-    const unsigned second = byte(at + 1);
-    const bool control = first == 0xC2 && second < 0xA0;
-    const bool overlong = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
-    const bool outside = (first == 0xED && second >= 0xA0) || (first == 0xF4 && second >= 0x90);
-    // Marks that turn the direction of writing could show a text as another one.
-    const bool direction = first == 0xE2 && (second == 0x80 || second == 0x81);
-    return control || overlong || outside || direction ? 0 : length;
-}
-
-static std::string shown(const std::string& text) {
-    std::string result;
-    for (size_t at = 0; at < text.size();) {
-        const size_t length = printableAt(text, at);
-        if (length == 0) {
-            result += text[at] == '\t' ? ' ' : '?';
-            at++;
-        } else {
-            result.append(text, at, length);
-            at += length;
-        }
-    }
-    return result;
+    return "";
 }
 
 static std::string tinted(const Screen& screen, Tint tint, const std::string& text) {
-    static const char* const codes[] = {"", "\033[32m", "\033[31m", "\033[1m"};
-    if (!screen.colour || tint == Tint::plain) {
-        return text;
-    }
-    return codes[static_cast<size_t>(tint)] + text + "\033[0m";
+    return screen.colour ? codeOf(tint) + text + "\033[0m" : text;
 }
 
 // Breaks `text` between words; `first` stands before its first line, blanks of
@@ -95,16 +60,16 @@ static std::string stampOr(const std::optional<std::string>& stamp, const char* 
     if (!stamp) {
         return otherwise;
     }
-    return stamp->empty() ? "empty" : shown(*stamp);
+    return stamp->empty() ? "empty" : *stamp;
 }
 
 static void addPort(Screen& screen, const PortSummary& port) {
-    std::string line = "    port " + shown(port.mac);
+    std::string line = "    port " + port.mac;
     if (port.device && port.function) {
         line += " at " + std::to_string(*port.device) + "." + std::to_string(*port.function);
     }
     if (port.driver) {
-        line += ", driver " + shown(*port.driver);
+        line += ", driver " + *port.driver;
     }
     screen.text += line;
     if (port.down) {
@@ -114,14 +79,6 @@ static void addPort(Screen& screen, const PortSummary& port) {
         screen.text += tinted(screen, Tint::bad, ", FIRMWARE CORRUPTED");
     }
     screen.text += "\n";
-}
-
-static std::string upperCase(const char* name) {
-    std::string text(name);
-    for (char& c : text) {
-        c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
-    }
-    return text;
 }
 
 static bool isSame(const PortSummary& a, const PortSummary& b) {
@@ -141,12 +98,12 @@ static std::string versionsOf(const PortSummary& port, bool isUpdate) {
         const std::string after = port.after != nullptr ? port.after->versions[i]
                                   : isUpdate            ? "?"
                                                         : before;
-        if (before == "NA" && (after == "NA" || after == "?")) {
+        if (isAbsent(before) && (isAbsent(after) || after == "?")) {
             continue;
         }
         text += text.empty() ? "" : ", ";
-        text += upperCase(columnNames[i]) + " " + shown(before);
-        text += before == after ? "" : " -> " + shown(after);
+        text += std::string(fwup::versionColumns[i].heading) + " " + before;
+        text += before == after ? "" : " -> " + after;
     }
     return text.empty() ? "no versions" : text;
 }
@@ -157,24 +114,30 @@ static void addVersions(Screen& screen, const AdapterSummary& adapter, bool isUp
         if (port.before == nullptr || (&port != &first && isSame(port, first))) {
             continue;
         }
-        const std::string label = &port == &first ? "versions" : "but " + shown(port.mac);
+        const std::string label = &port == &first ? "versions" : "but " + port.mac;
         addWrapped(screen, "    " + label + ": ", versionsOf(port, isUpdate));
     }
 }
 
+// "bc, mba updated; mfw1 failed"
 static std::string flashesOf(const AdapterSummary& adapter, const std::string& mac) {
+    std::vector<std::pair<FlashOutcome, std::string>> groups;
+    for (const Flash* flash : adapter.flashes) {
+        if (flash->mac != mac) {
+            continue;
+        }
+        const auto same = std::find_if(groups.begin(), groups.end(), [flash](const auto& group) {
+            return group.first == flash->outcome;
+        });
+        if (same == groups.end()) {
+            groups.emplace_back(flash->outcome, componentOf(*flash));
+        } else {
+            same->second += ", " + componentOf(*flash);
+        }
+    }
     std::string text;
-    for (size_t outcome = 0; outcome <= static_cast<size_t>(FlashOutcome::heldBack); outcome++) {
-        std::string components;
-        for (const Flash* flash : adapter.flashes) {
-            if (static_cast<size_t>(flash->outcome) == outcome && flash->mac == mac) {
-                components += (components.empty() ? "" : ", ") + shown(flash->component);
-            }
-        }
-        if (!components.empty()) {
-            text += (text.empty() ? "" : "; ") + components + " " +
-                    nameOf(static_cast<FlashOutcome>(outcome));
-        }
+    for (const auto& [outcome, components] : groups) {
+        text += (text.empty() ? "" : "; ") + components + " " + nameOf(outcome);
     }
     return text;
 }
@@ -184,7 +147,7 @@ static void addFlashes(Screen& screen, const AdapterSummary& adapter) {
     for (const PortSummary& port : adapter.ports) {
         const std::string flashes = flashesOf(adapter, port.mac);
         if (!flashes.empty()) {
-            addWrapped(screen, "    flashes through " + shown(port.mac) + ": ", flashes);
+            addWrapped(screen, "    flashes through " + port.mac + ": ", flashes);
         }
     }
 }
@@ -194,7 +157,7 @@ static void addWork(Screen& screen, const AdapterSummary& adapter) {
     if (!adapter.checks.empty()) {
         std::string checks;
         for (const Visit* visit : adapter.checks) {
-            checks += (checks.empty() ? "" : ", ") + shown(visit->mac) + " " + nameOf(visit->crc);
+            checks += (checks.empty() ? "" : ", ") + visit->mac + " " + nameOf(visit->crc);
         }
         addWrapped(screen, "    CRC check: ", checks);
     }
@@ -207,7 +170,7 @@ static void addWork(Screen& screen, const AdapterSummary& adapter) {
 static void addBarePorts(Screen& screen, const AdapterSummary& adapter) {
     std::string macs;
     for (const PortSummary& port : adapter.ports) {
-        macs += (macs.empty() ? "" : ", ") + shown(port.mac);
+        macs += (macs.empty() ? "" : ", ") + port.mac;
     }
     screen.text += "\n";
     addWrapped(screen, "  Ports: ", macs);
@@ -222,7 +185,7 @@ static void addAdapter(Screen& screen, const AdapterSummary& adapter, bool isUpd
         adapter.bus ? "Adapter on bus " + std::to_string(*adapter.bus) : "Adapter on unknown bus";
     const PortSummary& first = adapter.ports.front();
     if (first.label) {
-        title += " (" + shown(*first.label) + ")";
+        title += " (" + *first.label + ")";
     }
     screen.text += "\n  " + tinted(screen, Tint::strong, title) + "\n";
     for (const PortSummary& port : adapter.ports) {
@@ -244,7 +207,7 @@ static void addSwitches(Screen& screen, const Run& run) {
     for (const Switch& one : run.switches) {
         const bool bad =
             one.outcome == SwitchOutcome::failed || one.outcome == SwitchOutcome::cutOff;
-        screen.text += "  " + shown(one.mac) + " " + shown(one.firmware) + " " +
+        screen.text += "  " + one.mac + " " + one.firmware + " " +
                        tinted(screen, bad ? Tint::bad : Tint::good, nameOf(one.outcome)) + "\n";
     }
 }
@@ -252,24 +215,31 @@ static void addSwitches(Screen& screen, const Run& run) {
 // --- Problems
 
 // One advice stands for all lines that it is about.
-static void addProblems(Screen& screen, const Summary& summary) {
-    std::vector<std::string> told;
-    for (const Problem& problem : summary.problems) {
-        if (std::find(told.begin(), told.end(), problem.kind) != told.end()) {
+static bool sharesAdvice(const Problem& a, const Problem& b) {
+    return a.kind == b.kind && a.cause == b.cause && a.adapters == b.adapters && a.next == b.next;
+}
+
+static void addProblems(Screen& screen, const std::vector<Problem>& problems) {
+    for (size_t i = 0; i < problems.size(); i++) {
+        const Problem& problem = problems[i];
+        const auto begin = problems.begin();
+        const auto first = std::find_if(begin, problems.end(), [&problem](const Problem& other) {
+            return sharesAdvice(problem, other);
+        });
+        if (first != begin + static_cast<std::ptrdiff_t>(i)) {
             continue;
         }
-        told.push_back(problem.kind);
         screen.text += "\n";
-        for (const Problem& other : summary.problems) {
-            if (other.kind == problem.kind) {
+        for (const Problem& other : problems) {
+            if (sharesAdvice(problem, other)) {
                 const std::string where =
                     other.line == 0 ? "  " : "  line " + std::to_string(other.line) + ": ";
-                addWrapped(screen, where, shown(other.text));
+                addWrapped(screen, where, other.text);
             }
         }
         addWrapped(screen, "    cause:    ", problem.cause);
         if (!problem.adapters.empty()) {
-            addWrapped(screen, "    adapters: ", shown(problem.adapters));
+            addWrapped(screen, "    adapters: ", problem.adapters);
         }
         if (!problem.next.empty()) {
             addWrapped(screen, "    next:     ", problem.next);
@@ -280,28 +250,17 @@ static void addProblems(Screen& screen, const Summary& summary) {
 // --- The whole
 
 static std::string describe(const Run& run, const Summary& summary) {
-    static const char* const operations[] = {"no operation that left a trace",
-                                             "update",
-                                             "installed versions",
-                                             "firmware directories",
-                                             "iSCSI configuration versions",
-                                             "management firmware off",
-                                             "NCSI on",
-                                             "NCSI off"};
     const bool stopped =
         summary.outcome == Outcome::rebootFirst || summary.outcome == Outcome::usageError;
-    std::string text = stopped ? "run" : operations[static_cast<size_t>(run.operation)];
+    std::string text = stopped ? "run" : wordsOf(run.operation).words;
     if (summary.buildVersion) {
-        text += " to " + shown(*summary.buildVersion);
+        text += " to " + *summary.buildVersion;
     }
-    return text + (summary.dryRun ? ", DRY RUN: nothing was flashed" : "");
+    return text + (run.dryRun ? ", DRY RUN: nothing was flashed" : "");
 }
 
 static std::string verdict(const Run& run, const Summary& summary) {
-    static const char* const verdicts[] = {"all well",         "FAILED",       "AN ADAPTER IS DOWN",
-                                           "NO ADAPTER FOUND", "REBOOT FIRST", "USAGE ERROR",
-                                           "CUT OFF"};
-    std::string text = verdicts[static_cast<size_t>(summary.outcome)];
+    std::string text = wordsOf(summary.outcome).verdict;
     if (run.exitStatus) {
         text += " (exit status " + std::to_string(*run.exitStatus) + ")";
     }
@@ -314,20 +273,24 @@ static std::string verdict(const Run& run, const Summary& summary) {
 std::string toScreen(const std::string& log, const Run& run, const Summary& summary, bool colour) {
     Screen screen = {"", colour};
     const Tint tint = summary.outcome == Outcome::clean ? Tint::good : Tint::bad;
-    screen.text += shown(log) + ": " + describe(run, summary) + ": " +
+    screen.text += log + ": " + describe(run, summary) + ": " +
                    tinted(screen, tint, verdict(run, summary)) + "\n";
     for (const AdapterSummary& adapter : summary.adapters) {
         addAdapter(screen, adapter, run.operation == Operation::update);
     }
     addSwitches(screen, run);
-    addProblems(screen, summary);
+    addProblems(screen, summary.problems);
+    if (!summary.remarks.empty()) {
+        screen.text += "\n" + tinted(screen, Tint::strong, "To know:") + "\n";
+        addProblems(screen, summary.remarks);
+    }
     screen.text += "\n" + tinted(screen, Tint::strong, "Next:");
     if (summary.next.empty()) {
         screen.text += " nothing\n";
     } else {
         screen.text += "\n";
         for (size_t i = 0; i < summary.next.size(); i++) {
-            addWrapped(screen, "  " + std::to_string(i + 1) + ". ", shown(summary.next[i].text));
+            addWrapped(screen, "  " + std::to_string(i + 1) + ". ", summary.next[i].text);
         }
     }
     return screen.text;

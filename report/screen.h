@@ -7,7 +7,7 @@
 
 namespace report {
 
-// Control characters, and bytes that are no UTF-8, are shown as "?".
+// The path of the log is plain text.
 std::string toScreen(const std::string& log, const Run& run, const Summary& summary, bool colour);
 
 }  // namespace report

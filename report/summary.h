@@ -2,12 +2,10 @@
 // outcome, and what is left to do.
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "advice.h"
 #include "run.h"
 
 namespace report {
@@ -52,16 +50,24 @@ struct Step {
     StepCode code = StepCode::mend;
     std::string text;
     // Of a run: "./zentrix" with its options, to be run as it stands. Empty where the log doesn't
-    // tell which run it was: then `text` names each that it may have been, from "./zentrix" on.
-    // The one that was is the one to repeat; whoever doesn't know it takes the first.
-    std::string command;
+    // tell which run it was: then the option that it was run with is the one to repeat, and where
+    // `text` names some, from "./zentrix" on, and that isn't among them, the first of these.
+    std::string command = {};
 };
 
-enum class Outcome { clean, failed, adapterDown, noAdapters, rebootFirst, usageError, cutOff };
+enum class Outcome {
+    clean,
+    failed,
+    adapterDown,
+    noAdapters,
+    rebootFirst,
+    usageError,
+    cutOff,
+    headingAlone
+};
 
 struct Summary {
     Outcome outcome = Outcome::clean;
-    bool dryRun = false;
     bool rebootNeeded = false;
     std::optional<std::string> buildVersion;
     std::vector<AdapterSummary> adapters;
@@ -70,19 +76,20 @@ struct Summary {
     std::vector<Step> next;        // empty when nothing is left to do
 };
 
-// What the earlier runs of a server came to, from the oldest to the newest.
-struct History {
-    struct Past {
-        std::vector<std::string> macs;
-        std::vector<std::string> troubles;
-        std::vector<Step> next;
-    };
-    std::vector<Past> runs;
+// What an earlier run came to.
+struct Past {
+    std::vector<std::string> macs;
+    Operation operation = Operation::none;
+    std::vector<std::string> troubles;
+    std::vector<Step> next;
 };
 
+// Runs in their order, of one server or of several, which are told apart by their ports.
+using History = std::vector<Past>;
+
 // The summary points into `run`, which must outlive it. Where the run was the next step
-// of an earlier one in `history` and the same trouble came again, the next step is support.
-// The run is added to the history.
+// of an earlier one and the same trouble came again, the next step is support. The run is
+// added to the history.
 Summary summarize(const Run& run, History* history = nullptr);
 
 }  // namespace report

@@ -34,6 +34,13 @@ static void writeHeading() {
     writetoLog(rules, true);
 }
 
+// A longer row would be cut, and its line feed with it.
+static_assert(sizeof(Device::mac) - 1 + sizeof(Device::chipName) - 1 + sizeof " ()\t" - 1 +
+                      versionColumnCount * sizeof(VersionField) +
+                      sizeof "\t-2147483648:-2147483648:-2147483648\n" <=
+                  messageSize,
+              "the version table has too many columns");
+
 static void writeRow(const Device* device) {
     Line row;
     snprintf(row, sizeof row, "%s (%s)\t", device->mac, device->chipName);

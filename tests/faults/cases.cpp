@@ -4,12 +4,15 @@
 
 #include <filesystem>
 
+#include "log/flash_tool_code.h"
+
 namespace faults {
 
 namespace fs = std::filesystem;
 using e2e::Json;
 
 static const std::string countersPath = "/state/adapters.counters.json";
+static const std::string overlapPath = "/state/adapters.overlap";
 static const std::string utility = e2e::packageDirectory + "/lnxfwvt2";
 static const std::string logParent = "/var/log";
 static const char* const fillerName = "/filler";
@@ -32,6 +35,14 @@ const std::vector<Mode> modes = {
     {"-ncsidisable", {"-ncsidisable"}, false, Json::object()},
 };
 
+// Adapters that carry what the images hold, under an older stamp: no fault.
+static void updateFirst(unsigned) {
+    e2e::editAdapters({{"/adapters/5/components/bc", "7.12.5"},
+                       {"/adapters/5/components/mfw1", "7.12.20"},
+                       {"/adapters/5/components/mba", "7.12.1"},
+                       {"/adapters/5/components/ncsi/version", "2.2.3"}});
+}
+
 // Full but for so many pages, none at the first place.
 static void fillButFor(const std::string& directory, unsigned place) {
     e2e::fillUp(directory);
@@ -41,15 +52,20 @@ static void fillButFor(const std::string& directory, unsigned place) {
 
 const std::vector<Fault> allFaults = {
     {"none", Places::once, nullptr},
+    {"up-to-date", Places::once, nullptr, updateFirst},
     {"exit-1", Places::commands, {{"exit", 1}}},
-    {"exit-95", Places::commands, {{"exit", 95}}},
-    {"exit-70", Places::commands, {{"exit", 70}}},
+    {"exit-unknown", Places::commands, {{"exit", 200}}},
+    {"exit-95", Places::commands, {{"exit", fwup::codeRebootRequired}}},
+    {"exit-70", Places::commands, {{"exit", fwup::codeNotApplied}}},
+    {"exit-35", Places::commands, {{"exit", fwup::codeNoUpdateNeeded}}},
+    {"exit-0", Places::commands, {{"exit", fwup::codeSuccess}}},
     {"killed", Places::commands, {{"signal", "SIGKILL"}}},
     {"empty", Places::commands, {{"output", "empty"}}},
     {"half", Places::commands, {{"output", "half"}}},
     {"garbage", Places::commands, {{"output", "garbage"}}},
-    {"gone", Places::commands, {{"remove", true}}},
-    {"absent", Places::once, nullptr, [](unsigned) { fs::remove(utility); }},
+    {"gone", Places::commands, {{"remove", true}}, nullptr, "lnxfwvt2|omplete the package"},
+    {"absent", Places::once, nullptr, [](unsigned) { fs::remove(utility); },
+     "lnxfwvt2|omplete the package"},
     {"SIGHUP", Places::commands, {{"groupSignal", "SIGHUP"}}},
     {"SIGINT", Places::commands, {{"groupSignal", "SIGINT"}}},
     {"SIGTERM", Places::commands, {{"groupSignal", "SIGTERM"}}},
@@ -61,18 +77,27 @@ const std::vector<Fault> allFaults = {
     {"log-a-file", Places::once, nullptr,
      [](unsigned) { e2e::writeFile(e2e::logDirectory, "taken"); }},
     {"log-read-only", Places::once, nullptr, [](unsigned) { e2e::makeReadOnly(e2e::logDirectory); },
-     true},
+     "log's disk", true},
     {"log-full", Places::logPages, nullptr,
-     [](unsigned place) { fillButFor(e2e::logDirectory, place); }, true},
+     [](unsigned place) { fillButFor(e2e::logDirectory, place); }, "log's disk", true},
     {"directory-read-only", Places::once, nullptr,
-     [](unsigned) { e2e::makeReadOnly(e2e::packageDirectory); }},
+     [](unsigned) { e2e::makeReadOnly(e2e::packageDirectory); }, "package directory writable"},
     {"directory-full", Places::files, nullptr,
-     [](unsigned place) { fillButFor(e2e::packageDirectory, place); }},
-    {"tool-killed", Places::commands, {{"groupSignal", "SIGKILL"}}, nullptr, false, true},
+     [](unsigned place) { fillButFor(e2e::packageDirectory, place); }, "package directory.*disk"},
+    {"tool-killed", Places::commands, {{"groupSignal", "SIGKILL"}}, nullptr, nullptr, false, true},
+    {"tool-alone-killed",
+     Places::commands,
+     {{"leaderSignal", "SIGKILL"}, {"delay", 100}},
+     nullptr,
+     nullptr,
+     false,
+     true,
+     true},
 };
 
 std::string nameOf(const Case& c) {
-    return std::string(c.mode->name) + "/" + c.fault->name + "/" + std::to_string(c.place);
+    return std::string(c.mode->name) + "/" + c.fault->name + "/" + std::to_string(c.place) +
+           (c.sticks ? "/again" : "");
 }
 
 // The rack's images are all newer than what its adapters carry: a stamp that was
@@ -106,12 +131,17 @@ void applyFault(const Case& c) {
     if (!c.fault->effect.is_null()) {
         Json fault = c.fault->effect;
         fault[c.fault->places == Places::calls ? "call" : "command"]["nth"] = c.place;
+        fault["sticks"] = c.sticks;
         setFaults(Json::array({fault}));
     }
 }
 
 bool faultHappened(const Case& c) {
     return c.fault->effect.is_null() || counter(0, "used") == 1;
+}
+
+bool overlapped() {
+    return fs::exists(overlapPath);
 }
 
 void liftFaults() {

@@ -26,8 +26,10 @@ struct Fault {
     Places places;
     e2e::Json effect;                   // at the place, as adapters.json has it; or null
     void (*spoil)(unsigned) = nullptr;  // changes the surroundings; or null
+    const char* mended = nullptr;       // a pattern: what advice to mend it speaks of; or null
     bool losesLog = false;
-    bool kills = false;  // the tool itself, in the midst of a command
+    bool kills = false;    // the tool itself, in the midst of a command
+    bool lingers = false;  // that command goes on without it
 };
 
 extern const std::vector<Mode> modes;
@@ -37,9 +39,10 @@ struct Case {
     const Mode* mode;
     const Fault* fault;
     unsigned place;
+    bool sticks = false;  // strikes the same command or function again and again
 };
 
-// "mode/fault/place", which names the case on a command line.
+// "mode/fault/place", with "/again" where it sticks, which names the case on a command line.
 std::string nameOf(const Case& c);
 
 // A fresh package and machine for the mode, nothing wrong with it yet.
@@ -52,6 +55,9 @@ unsigned countOf(Places places);
 // Brings the case's fault about, and tells after the run whether it happened.
 void applyFault(const Case& c);
 bool faultHappened(const Case& c);
+
+// Whether two commands of the utility worked at the same time.
+bool overlapped();
 
 // Makes all well again, but leaves what a run did to adapters and files.
 void liftFaults();

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "follow.h"
 #include "rules.h"
 
 namespace faults {
@@ -18,11 +19,12 @@ struct Reference {
     Run run;
     unsigned commands;
     unsigned calls;
+    nlohmann::json goal;  // of all who follow the steps
 };
 
 static Options parse(int argc, char** argv) {
-    Options options = {{"--sample", ""}, {"--mode", ""},   {"--fault", ""},
-                       {"--only", ""},   {"--shard", "0"}, {"--shards", "1"}};
+    Options options = {{"--sample", ""}, {"--mode", ""},    {"--fault", ""}, {"--only", ""},
+                       {"--shard", "0"}, {"--shards", "1"}, {"--follow", ""}};
     for (int i = 1; i + 1 < argc; i += 2) {
         options.at(argv[i]) = argv[i + 1];
     }
@@ -33,11 +35,13 @@ static bool isWanted(const std::string& wanted, const std::string& name) {
     return wanted.empty() || wanted == name;
 }
 
-static Reference undisturbed(const Mode& mode) {
+static Reference undisturbed(const Mode& mode, bool follows) {
     makeMachine(mode);
     startCounting();
-    Run run = perform(mode);
-    return {std::move(run), countOf(Places::commands), countOf(Places::calls)};
+    Run run = perform(mode.arguments);
+    const unsigned commands = countOf(Places::commands);
+    const unsigned calls = countOf(Places::calls);
+    return {std::move(run), commands, calls, follows ? followUndisturbed(mode) : nlohmann::json()};
 }
 
 // Where room is short, the last place is one that has enough.
@@ -56,9 +60,26 @@ static unsigned placesOf(const Fault& fault, const Reference& reference) {
     }
 }
 
+// What strikes commands or calls may do so again and again, if the steps are followed.
+static std::vector<Case> casesOf(const Mode& mode, const Reference& reference, bool follows) {
+    std::vector<Case> cases;
+    for (const Fault& fault : allFaults) {
+        const bool canStick = follows && !fault.effect.is_null();
+        for (unsigned place = 1; place <= placesOf(fault, reference); place++) {
+            cases.push_back({&mode, &fault, place});
+            if (canStick) {
+                cases.push_back({&mode, &fault, place, true});
+            }
+        }
+    }
+    return cases;
+}
+
 // Every fault in every fourth mode, at places that are spread.
-static bool isSampled(size_t mode, size_t fault, unsigned place, unsigned places) {
-    return (mode + fault) % 4 == 0 && place == 1 + (fault * 31 + mode * 17) % places;
+static bool isSampled(const Case& c, unsigned places) {
+    const auto mode = static_cast<unsigned>(c.mode - modes.data());
+    const auto fault = static_cast<unsigned>(c.fault - allFaults.data());
+    return (mode + fault) % 4 == 0 && c.place == 1 + (fault * 31 + mode * 17) % places;
 }
 
 static void showDetails(const Trial& trial) {
@@ -75,14 +96,15 @@ static void showDetails(const Trial& trial) {
 
 // A run from adapters that another first run left just so, and no file with
 // them, has been seen before.
-static Run runAgain(const Mode& mode, const Run& first, std::map<std::string, Run>& seen) {
-    if (!first.result.files.empty() || first.result.logPath.compare(0, 1, "/") != 0) {
-        return perform(mode);
+static Run runAgain(const Case& c, const Run& first, std::map<std::string, Run>& seen) {
+    if (c.fault->lingers || !first.result.files.empty() ||
+        first.result.logPath.compare(0, 1, "/") != 0) {
+        return perform(c.mode->arguments);
     }
     const std::string adapters = first.adapters.dump();
     auto known = seen.find(adapters);
     if (known == seen.end()) {
-        known = seen.emplace(adapters, perform(mode)).first;
+        known = seen.emplace(adapters, perform(c.mode->arguments)).first;
     }
     return known->second;
 }
@@ -90,36 +112,46 @@ static Run runAgain(const Mode& mode, const Run& first, std::map<std::string, Ru
 static Trial tryOut(const Case& c, const Run& reference, std::map<std::string, Run>& seen) {
     makeMachine(*c.mode);
     applyFault(c);
-    Run first = perform(*c.mode);
+    Run first = perform(c.mode->arguments, c.fault->lingers);
     const bool happened = faultHappened(c);
-    liftFaults();
-    Run second = runAgain(*c.mode, first, seen);
+    // What goes on would bring back what it has read.
+    if (!c.fault->lingers) {
+        liftFaults();
+    }
+    Run second = runAgain(c, first, seen);
     return {c, reference, std::move(first), happened, std::move(second)};
 }
 
+static void runCase(const Options& options, const Case& c, const Reference& reference,
+                    std::map<std::string, Run>& seen) {
+    const bool shown = !options.at("--only").empty();
+    if (!options.at("--follow").empty()) {
+        const Ending ending = follow(c, reference.goal, shown);
+        printf("%s %s %s\n", nameOf(c).c_str(), ending.broken.c_str(), ending.how.c_str());
+    } else {
+        const Trial trial = tryOut(c, reference.run, seen);
+        if (shown) {
+            showDetails(trial);
+        }
+        printf("%s %s %s\n", nameOf(c).c_str(), brokenRules(trial).c_str(),
+               isUnfinished(trial) ? "unfinished" : "-");
+    }
+    fflush(stdout);
+}
+
 // `number` counts on through all modes, so that the shards share the cases.
-static void runMode(const Options& options, size_t mode, unsigned long& number) {
-    const Reference reference = undisturbed(modes[mode]);
+static void runMode(const Options& options, const Mode& mode, unsigned long& number) {
+    const bool follows = !options.at("--follow").empty();
+    const Reference reference = undisturbed(mode, follows);
     std::map<std::string, Run> seen;
     const unsigned long shard = std::stoul(options.at("--shard"));
     const unsigned long shards = std::stoul(options.at("--shards"));
-    for (size_t fault = 0; fault < allFaults.size(); fault++) {
-        const unsigned places = placesOf(allFaults[fault], reference);
-        for (unsigned place = 1; place <= places; place++) {
-            const Case c = {&modes[mode], &allFaults[fault], place};
-            if (!isWanted(options.at("--fault"), c.fault->name) ||
-                !isWanted(options.at("--only"), nameOf(c)) ||
-                (!options.at("--sample").empty() && !isSampled(mode, fault, place, places)) ||
-                number++ % shards != shard) {
-                continue;
-            }
-            const Trial trial = tryOut(c, reference.run, seen);
-            if (!options.at("--only").empty()) {
-                showDetails(trial);
-            }
-            printf("%s %s %s\n", nameOf(c).c_str(), brokenRules(trial).c_str(),
-                   isUnfinished(trial) ? "unfinished" : "-");
-            fflush(stdout);
+    for (const Case& c : casesOf(mode, reference, follows)) {
+        if (isWanted(options.at("--fault"), c.fault->name) &&
+            isWanted(options.at("--only"), nameOf(c)) &&
+            (options.at("--sample").empty() || isSampled(c, placesOf(*c.fault, reference))) &&
+            number++ % shards == shard) {
+            runCase(options, c, reference, seen);
         }
     }
 }
@@ -127,10 +159,9 @@ static void runMode(const Options& options, size_t mode, unsigned long& number) 
 static void runModes(const Options& options) {
     const std::string& only = options.at("--only");
     unsigned long number = 0;
-    for (size_t mode = 0; mode < modes.size(); mode++) {
-        const std::string name = modes[mode].name;
-        if (isWanted(options.at("--mode"), name) &&
-            isWanted(only.substr(0, only.find('/')), name)) {
+    for (const Mode& mode : modes) {
+        if (isWanted(options.at("--mode"), mode.name) &&
+            isWanted(only.substr(0, only.find('/')), mode.name)) {
             runMode(options, mode, number);
         }
     }

@@ -2,36 +2,56 @@
 
 #include <algorithm>
 #include <set>
-#include <sstream>
 
 #include "command_text.h"
-#include "log_reader.h"
-#include "summary.h"
+#include "input.h"
 
 namespace faults {
 
 using report::Problem;
+using Adapter = nlohmann::json;
+using Kinds = std::initializer_list<const char*>;
 
-struct Told {
-    bool isRead = false;  // an empty log is refused
-    report::Run run;
-    report::Summary summary;
-};
-
-static Told tell(const Trial& trial) {
-    report::LogReader reader;
-    report::LineCutter cutter;
-    report::readBytes(reader, cutter, trial.first.result.log);
-    report::readRest(reader, cutter);
-    const bool isRead = reader.number > 0 && reader.isLog;
-    Told told = {isRead, report::finishLog(reader), {}};
-    // It points to elements of the run, which stay where they are.
-    told.summary = report::summarize(told.run);
+Told tell(const std::string& log, report::History* history) {
+    const std::string path = "/tmp/told.log";
+    e2e::writeFile(path, log);
+    Told told;
+    std::string trouble;
+    told.isRead = report::readLog(path, told.run, trouble);
+    if (told.isRead) {
+        told.summary = report::summarize(told.run, history);
+    }
     return told;
 }
 
-static bool isNamed(const Trial& trial, const char* name) {
-    return std::string(trial.place.fault->name) == name;
+static Told tell(const Trial& trial) {
+    return tell(trial.first.result.log);
+}
+
+static bool isNamed(const Case& place, std::initializer_list<const char*> names) {
+    return std::any_of(names.begin(), names.end(),
+                       [&](const char* name) { return std::string(place.fault->name) == name; });
+}
+
+// The command that the fault struck; empty when it was none.
+static std::string struckCommand(const Case& place, const Run& run) {
+    unsigned number = 0;
+    for (const std::string& command : run.result.commands) {
+        if (report::wordOf(command, 0) == "./lnxfwvt2" && ++number == place.place) {
+            return command;
+        }
+    }
+    return "";
+}
+
+static bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+// Whether the fault was a lie about what a command with both words did.
+static bool isLie(const Trial& trial, const std::string& word, const std::string& other) {
+    const std::string struck = struckCommand(trial.place, trial.first);
+    return isNamed(trial.place, {"exit-0"}) && contains(struck, word) && contains(struck, other);
 }
 
 // --- Status and cut
@@ -61,9 +81,9 @@ bool reportTellsCut(const Trial& trial) {
 
 // --- Adapters
 
-static const nlohmann::json* adapterWith(const nlohmann::json& adapters, const std::string& mac) {
-    for (const nlohmann::json& adapter : adapters) {
-        for (const nlohmann::json& port : adapter.at("ports")) {
+static const Adapter* adapterWith(const Adapter& adapters, const std::string& mac) {
+    for (const Adapter& adapter : adapters) {
+        for (const Adapter& port : adapter.at("ports")) {
             if (port.at("mac") == mac) {
                 return &adapter;
             }
@@ -73,52 +93,11 @@ static const nlohmann::json* adapterWith(const nlohmann::json& adapters, const s
 }
 
 // The version of a component, which stands alone or in an object.
-static std::string versionIn(const nlohmann::json& adapter, const std::string& component) {
-    const nlohmann::json& value = adapter.at("components").value(component, nlohmann::json());
+static std::string versionIn(const Adapter& adapter, const std::string& component) {
+    const Adapter& value = adapter.at("components").value(component, nlohmann::json());
     return value.is_object()   ? value.at("version").get<std::string>()
            : value.is_string() ? value.get<std::string>()
                                : "";
-}
-
-struct Image {
-    std::string component;  // as adapters.json names it
-    std::string version;
-};
-
-static Image readImage(const std::string& name) {
-    Image image;
-    std::istringstream lines(e2e::readFile(e2e::packageDirectory + "/" + name));
-    std::string word;
-    while (lines >> word) {
-        if (word == "component") {
-            lines >> image.component;
-        } else if (word == "version") {
-            lines >> image.version;
-        }
-    }
-    image.component = image.component == "mbaf" ? "mba" : image.component;
-    return image;
-}
-
-// An adapter's bus and a component of it.
-using Place = std::pair<int, std::string>;
-
-// Every image is newer than what the rack carries.
-static std::set<Place> updatedPlaces(const Trial& trial) {
-    std::set<Place> places;
-    for (const nlohmann::json& adapter : trial.first.adapters) {
-        for (const auto& [component, value] : adapter.at("components").items()) {
-            const std::string id = adapter.at("device").get<std::string>();
-            for (const std::string& part : {component, component + "f"}) {
-                const Image image = readImage(id + part + ".bin");
-                if (image.component == component &&
-                    image.version == versionIn(adapter, component)) {
-                    places.emplace(adapter.at("bus").get<int>(), component);
-                }
-            }
-        }
-    }
-    return places;
 }
 
 static bool isUpdated(report::FlashOutcome outcome) {
@@ -126,25 +105,48 @@ static bool isUpdated(report::FlashOutcome outcome) {
            outcome == report::FlashOutcome::rebootNeeded;
 }
 
+// A component of the adapter with a port, told or true.
+using Place = std::pair<int, std::string>;
+
+// What is told to be updated has changed, or has been up to date before. What comes
+// along with another component is not told.
 static bool tellsFlashes(const Trial& trial, const Told& told) {
     std::set<Place> places;
     for (const report::Flash& flash : told.run.flashes) {
-        const nlohmann::json* adapter = adapterWith(trial.first.adapters, flash.mac);
-        if (adapter == nullptr) {
+        const Adapter* before = adapterWith(trial.first.adaptersBefore, flash.mac);
+        const Adapter* now = adapterWith(trial.first.adapters, flash.mac);
+        const Adapter* right = adapterWith(trial.reference.adapters, flash.mac);
+        if (before == nullptr) {
             return false;
         }
-        if (isUpdated(flash.outcome)) {
-            places.emplace(adapter->at("bus").get<int>(), readImage(flash.image).component);
+        if (isUpdated(flash.outcome) && !isLie(trial, flash.mac, flash.image)) {
+            const std::string version = versionIn(*now, flash.component);
+            if (version == versionIn(*before, flash.component) &&
+                version != versionIn(*right, flash.component)) {
+                return false;
+            }
+            places.emplace(now->at("bus").get<int>(), flash.component);
         }
     }
-    return places == updatedPlaces(trial);
+    for (size_t i = 0; i < trial.first.adapters.size(); i++) {
+        const Adapter& now = trial.first.adapters[i];
+        for (const auto& [component, value] : now.at("components").items()) {
+            const Place place(now.at("bus").get<int>(), component);
+            if (component != "fcode" && places.count(place) == 0 &&
+                versionIn(now, component) != versionIn(trial.first.adaptersBefore[i], component)) {
+                return false;
+            }
+        }
+    }
+    return true;
 }
 
 static bool tellsStamps(const Trial& trial, const Told& told) {
     for (const report::AdapterSummary& one : told.summary.adapters) {
-        const nlohmann::json* adapter = adapterWith(trial.first.adapters, one.ports.front().mac);
-        if (one.stampWritten && (adapter == nullptr || !adapter->contains("vpd") ||
-                                 adapter->at("vpd").value("V0", "") != *one.stampWritten)) {
+        const Adapter* adapter = adapterWith(trial.first.adapters, one.ports.front().mac);
+        if (one.stampWritten && !isLie(trial, one.ports.front().mac, "-vpdv0") &&
+            (adapter == nullptr || !adapter->contains("vpd") ||
+             adapter->at("vpd").value("V0", "") != *one.stampWritten)) {
             return false;
         }
     }
@@ -155,15 +157,16 @@ static bool tellsSwitches(const Trial& trial, const Told& told) {
     for (const report::Switch& one : told.run.switches) {
         std::string component = one.firmware;
         std::transform(component.begin(), component.end(), component.begin(), ::tolower);
-        const nlohmann::json* adapter = adapterWith(trial.first.adapters, one.mac);
+        const Adapter* adapter = adapterWith(trial.first.adapters, one.mac);
         const bool done = one.outcome == report::SwitchOutcome::done ||
                           one.outcome == report::SwitchOutcome::rebootNeeded;
         if (adapter == nullptr) {
             return false;
         }
-        const nlohmann::json& value = adapter->at("components").at(component);
+        const Adapter& value = adapter->at("components").at(component);
         const bool enabled = !value.is_object() || value.value("enabled", true);
-        if (done && enabled != (told.run.operation == report::Operation::enableNcsi)) {
+        if (done && !isLie(trial, one.mac, " cfg ") &&
+            enabled != (told.run.operation == report::Operation::enableNcsi)) {
             return false;
         }
     }
@@ -178,12 +181,11 @@ bool reportTellsAdapters(const Trial& trial) {
 
 // --- Problems
 
-static bool hasProblem(const Told& told, std::initializer_list<const char*> kinds,
-                       const std::string& mac) {
+static bool hasProblem(const Told& told, Kinds kinds, const std::string& mac) {
     const std::vector<Problem>& problems = told.summary.problems;
     return std::any_of(problems.begin(), problems.end(), [&](const Problem& problem) {
         return std::find(kinds.begin(), kinds.end(), problem.kind) != kinds.end() &&
-               problem.text.find(mac) != std::string::npos;
+               problem.mac == mac;
     });
 }
 
@@ -191,7 +193,7 @@ static bool hasProblem(const Told& told, std::initializer_list<const char*> kind
 // counts; each holds for the words behind the MAC.
 static const struct {
     const char* words;
-    std::initializer_list<const char*> kinds;
+    Kinds kinds;
 } failures[] = {
     {"upgrade ", {"flash-failed", "not-accepted"}},
     {"crc ", {"crc-failed"}},
@@ -205,31 +207,20 @@ static const struct {
     {"", {"no-adapters", "not-read"}},
 };
 
-// The command that the fault struck; empty when it was none.
-static std::string struckCommand(const Trial& trial) {
-    unsigned number = 0;
-    for (const std::string& command : trial.first.result.commands) {
-        if (report::wordOf(command, 0) == "./lnxfwvt2" && ++number == trial.place.place) {
-            return command;
-        }
-    }
-    return "";
-}
-
 static bool namesStruckCommand(const Trial& trial, const Told& told) {
-    if (!isNamed(trial, "exit-1") && !isNamed(trial, "exit-70") && !isNamed(trial, "killed")) {
-        return true;
-    }
-    const std::string command = struckCommand(trial);
+    const std::string command = struckCommand(trial.place, trial.first);
+    const bool failed = isNamed(trial.place, {"exit-1", "exit-unknown", "exit-70", "killed"}) ||
+                        (isNamed(trial.place, {"exit-35"}) && !contains(command, " upgrade "));
     const std::string mac(report::wordOf(command, 1));
     const bool ofPort = mac.compare(0, 1, "<") != 0;
-    const std::string words = ofPort ? command.substr(command.find(mac) + mac.size() + 1) : "";
-    for (const auto& failure : failures) {
-        if (words.compare(0, std::string(failure.words).size(), failure.words) == 0) {
-            return hasProblem(told, failure.kinds, ofPort ? mac : "");
-        }
+    if (!failed) {
+        return true;
     }
-    return false;
+    const std::string words = ofPort ? command.substr(command.find(mac) + mac.size() + 1) : "";
+    const auto failure =
+        std::find_if(std::begin(failures), std::end(failures),
+                     [&](const auto& row) { return words.rfind(row.words, 0) == 0; });
+    return hasProblem(told, failure->kinds, ofPort ? mac : "");
 }
 
 static size_t countOnConsole(const Trial& trial, const std::string& marker) {
@@ -242,7 +233,7 @@ static size_t countOnConsole(const Trial& trial, const std::string& marker) {
     return count;
 }
 
-static size_t countProblems(const Told& told, std::initializer_list<const char*> kinds) {
+static size_t countProblems(const Told& told, Kinds kinds) {
     const std::vector<Problem>& problems = told.summary.problems;
     return static_cast<size_t>(
         std::count_if(problems.begin(), problems.end(), [&](const Problem& problem) {
@@ -261,39 +252,37 @@ static bool namesWhatTheConsoleShows(const Trial& trial, const Told& told) {
 
 // What ends a pass, or comes before it, leaves adapters untouched that it doesn't
 // name.
-static bool concerns(const Problem& problem, const nlohmann::json& adapter) {
-    const std::string anyMac = "0200000000";
-    const bool ofNone = problem.text.find(anyMac) == std::string::npos;
-    const bool endsPass = problem.kind == "stamp-check-failed" || problem.kind == "no-end" ||
-                          problem.kind == "no-build-version";
-    bool named = false;
-    for (const nlohmann::json& port : adapter.at("ports")) {
-        named = named || problem.text.find(port.at("mac").get<std::string>()) != std::string::npos;
-    }
-    return ofNone || endsPass || named;
+static bool concerns(const Problem& problem, const Adapter& adapter) {
+    const std::string& kind = problem.kind;
+    const bool endsPass =
+        kind == "stamp-check-failed" || kind == "no-end" || kind == "no-build-version";
+    return endsPass || problem.mac.empty() || contains(adapter.at("ports").dump(), problem.mac);
 }
 
-// A directory that claims to be whole stands in no log of these modes, so what it
-// lacks is told by nothing.
-static bool isUntold(const Trial& trial) {
-    const std::string name = trial.place.mode->name;
-    const bool switches = name == "-nomfw" || name.compare(0, 5, "-ncsi") == 0;
-    return switches && trial.place.fault->effect.contains("output") &&
-           report::wordOf(struckCommand(trial), 2) == "dir";
+bool isTold(const std::vector<Problem>& told, const Adapter& adapter) {
+    return std::any_of(told.begin(), told.end(),
+                       [&](const Problem& problem) { return concerns(problem, adapter); });
+}
+
+// A directory stands in no log of the modes that switch.
+bool isUntold(const Case& place, const Run& run) {
+    const std::string mode = place.mode->name;
+    const bool switches = mode == "-nomfw" || mode.compare(0, 5, "-ncsi") == 0;
+    const std::string struck = struckCommand(place, run);
+    const bool lies = isNamed(place, {"exit-0"});
+    return (switches && report::wordOf(struck, 2) == "dir" &&
+            (lies || place.fault->effect.contains("output"))) ||
+           (lies && (contains(struck, " cfg ") || contains(struck, " -delete "))) ||
+           (isNamed(place, {"exit-35"}) && contains(struck, " upgrade "));
 }
 
 static bool namesEveryAdapterLeft(const Trial& trial, const Told& told) {
-    if (isUntold(trial)) {
-        return true;
-    }
-    const std::vector<Problem>& problems = told.summary.problems;
+    const bool canOnlyRemark = isNamed(trial.place, {"exit-0"});
     for (size_t i = 0; i < trial.first.adapters.size(); i++) {
-        const nlohmann::json& adapter = trial.first.adapters[i];
-        const bool named =
-            std::any_of(problems.begin(), problems.end(),
-                        [&adapter](const Problem& problem) { return concerns(problem, adapter); });
-        if (adapter != trial.reference.adapters[i] && !named) {
-            return false;
+        const Adapter& adapter = trial.first.adapters[i];
+        if (adapter != trial.reference.adapters[i] && !isTold(told.summary.problems, adapter) &&
+            !(canOnlyRemark && isTold(told.summary.remarks, adapter))) {
+            return isUntold(trial.place, trial.first);
         }
     }
     return true;
@@ -316,8 +305,8 @@ static bool isOfMode(const Trial& trial, const Problem& problem) {
 }
 
 bool reportRaisesNoAlarm(const Trial& trial) {
-    const bool disturbed =
-        !isNamed(trial, "none") && !trial.place.fault->effect.contains("groupSignal");
+    const bool disturbed = !isNamed(trial.place, {"none", "up-to-date"}) &&
+                           !trial.place.fault->effect.contains("groupSignal");
     if (disturbed || trial.place.fault->kills) {
         return true;
     }

@@ -3,8 +3,25 @@
 #pragma once
 
 #include "rules.h"
+#include "summary.h"
 
 namespace faults {
+
+struct Told {
+    bool isRead = false;  // an empty log is refused
+    report::Run run;
+    report::Summary summary;
+};
+
+// What it makes of a log, where `history` tells of those before it.
+Told tell(const std::string& log, report::History* history = nullptr);
+
+// Whether any of them concerns the adapter, or all of them.
+bool isTold(const std::vector<report::Problem>& told, const nlohmann::json& adapter);
+
+// Whether the command that the fault struck claims to have done what it didn't, and
+// nothing that the tool logs afterwards shows it.
+bool isUntold(const Case& place, const Run& run);
 
 // The exit status; none only where the run was killed.
 bool reportTellsStatus(const Trial& trial);

@@ -1,5 +1,8 @@
 #include "rules.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <filesystem>
 
@@ -21,17 +24,30 @@ static std::map<std::string, std::string> packageFiles() {
     return files;
 }
 
-Run perform(const Mode& mode) {
+// Without the order of keys, which depends on what was written first.
+static nlohmann::json adaptersNow() {
+    return nlohmann::json::parse(e2e::readAdapters().at("adapters").dump());
+}
+
+Run perform(const e2e::Texts& arguments, bool apart) {
+    const std::string console = "/tmp/console";
     Run run;
     run.before = packageFiles();
-    run.result = e2e::run(mode.arguments, [] {
+    run.adaptersBefore = adaptersNow();
+    run.result = e2e::run(arguments, [apart, &console] {
+        // Whoever reads the console waits for all that can write to it.
+        const int file = open(console.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
+        for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+            dup2(apart ? file : stream, stream);
+        }
+        close(file);
         for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGCHLD}) {
             signal(number, SIG_DFL);
         }
     });
+    run.result.console += apart ? e2e::readFile(console) : "";
     run.after = packageFiles();
-    // Without the order of keys, which depends on what was written first.
-    run.adapters = nlohmann::json::parse(e2e::readAdapters().at("adapters").dump());
+    run.adapters = adaptersNow();
     return run;
 }
 
@@ -202,6 +218,10 @@ static bool signalChangesNothing(const Trial& trial) {
             first.adapters == reference.adapters);
 }
 
+static bool commandsDoNotOverlap(const Trial&) {
+    return !overlapped();
+}
+
 static const struct {
     const char* name;
     bool (*holds)(const Trial&);
@@ -212,6 +232,7 @@ static const struct {
     {"status-by-log", statusAgreesWithLog},
     {"last-words", lastWordsAgreeWithStatus},
     {"files-left", noFilesLeft},
+    {"one-command-at-a-time", commandsDoNotOverlap},
     {"log-whole", logIsWhole},
     {"package-untouched", packageIsUntouched},
     {"second-run-finishes", secondRunFinishes},

@@ -13,11 +13,13 @@ struct Run {
     // The package directory's files: name, and what changes when they do.
     std::map<std::string, std::string> before;
     std::map<std::string, std::string> after;
+    nlohmann::json adaptersBefore;
     nlohmann::json adapters;
 };
 
-// Runs the program as the mode asks, on the machine as it stands.
-Run perform(const Mode& mode);
+// Runs the program on the machine as it stands. With `apart`, no command that
+// outlives it is waited for.
+Run perform(const e2e::Texts& arguments, bool apart = false);
 
 struct Trial {
     Case place;

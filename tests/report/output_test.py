@@ -11,6 +11,7 @@ import json
 import os
 import pathlib
 import re
+import resource
 import shutil
 import subprocess
 import sys
@@ -22,6 +23,9 @@ tree = pathlib.Path(sys.argv[1])
 program = pathlib.Path(sys.argv[2]).resolve()
 golden = tree / "tests/report/golden"
 schema = json.loads((tree / "docs/zentrix-report.schema.json").read_text())
+# Users must bear further keys; here each one must be described.
+for described in schema["$defs"].values():
+    described.setdefault("additionalProperties", False)
 failures = 0
 
 
@@ -66,8 +70,10 @@ def check_transcripts():
         data = data_of(result, transcript.name)
         status = int(transcript.read_text().split("--- exit status ")[1].split("\n")[0])
         expect([run["exitStatus"] for run in data["runs"]] == [status], f"{transcript.name}: status")
-        check_golden(transcript.stem + ".json", result.stdout)
-        check_golden(transcript.stem + ".txt", report("-", log=log).stdout)
+        if transcript.stem in ("outcomes-corrupt", "update-driverless"):
+            check_golden(transcript.name, report("-", log=log).stdout)
+        if transcript.stem == "update-driverless":
+            check_golden(transcript.stem + ".json", result.stdout)
 
 
 def check_cuts():
@@ -77,7 +83,7 @@ def check_cuts():
     for end in range(60, decided, 997):
         run = data_of(report("--json", "-", log=log[:end]), f"cut at {end}")["runs"][0]
         expect(run["outcome"] == "cut-off" and run["exitStatus"] is None, f"cut at {end}")
-        expect(run["next"], f"cut at {end}: nothing to do")
+        expect(run["next"][0]["code"] == "check-nothing-runs", f"cut at {end}: first step")
 
 
 def check_arguments(place):
@@ -91,6 +97,10 @@ def check_arguments(place):
         (logs / name).write_bytes(content)
         os.utime(logs / name, (at, at))
     (place / "empty.log").write_bytes(b"")
+    (place / "two.log").write_bytes(good + good)
+    (place / "in a quotation.log").write_bytes(down[: down.index(b"upgrade")] + b"...\"\n10 %" + good)
+    (place / "heading.log").write_bytes(good[: good.index(b"\n") + 1])
+    (place / "control\x1b[2J\xc2\x9b.log").write_bytes(odd)
     (place / "binary").write_bytes(bytes(range(256)) * 9000)
     (place / "none").mkdir()
     first = str(logs / "kvlnfwup.log")
@@ -101,20 +111,26 @@ def check_arguments(place):
         ([first, str(place / "empty.log")], 2, 1),
         ([str(place / "binary"), first], 2, 1),
         ([str(place / "none"), first], 2, 1),
-        ([str(place / "missing"), first], 2, 1),
+        ([str(place / "missing\x1b[2J"), first], 2, 1),
+        ([str(place / "two.log"), first], 2, 1),
+        ([str(place / "in a quotation.log"), first], 2, 1),
+        ([str(place / "heading.log"), first], 1, 2),
+        ([str(place / "control\x1b[2J\xc2\x9b.log")], 1, 1),
     ]
     for arguments, status, runs in table:
         result = report("--json", *arguments)
         data = data_of(result, str(arguments))
         expect(result.returncode == status, f"{arguments}: status {result.returncode}")
         expect(len(data["runs"]) == runs, f"{arguments}: {len(data['runs'])} runs")
+        shown = result.stdout + report(*arguments).stdout + result.stderr
+        expect(all(byte in b"\n\t" or 32 <= byte < 127 for byte in shown), f"{arguments}: bytes")
         lines = result.stderr.decode().splitlines()
         expect(len(lines) == (1 if status == 2 else 0), f"{arguments}: {lines}")
     for arguments in ([], ["--no-such-option", first], ["--output"]):
         expect(report(*arguments).returncode == 64, f"{arguments}: usage")
     expect(report("--help").returncode == 0, "--help")
-    screen = report(str(logs / "kvlnfwup002.log")).stdout
-    expect(b"\x1b" not in screen and b"\xc2\x9b" not in screen, "control characters on the screen")
+    second = "another log begins in line " + str(good.count(b"\n") + 1)
+    expect(second in report(str(place / "two.log")).stderr.decode(), second)
     output = place / "out.json"
     result = report("--json", "--output", str(output), first)
     expect(result.stdout == b"" and result.returncode == 0, "--output")
@@ -126,12 +142,28 @@ def check_page():
     options = set(re.findall(r"^\.It Fl -(\w+)", page.read_text(), re.M))
     shown = set(re.findall(r"--(\w+)", report("--help").stdout.decode()))
     expect(options == shown, f"options of the page {options} and of --help {shown}")
-    keys = set(schema["$defs"]["run"]["required"]) | set(schema["$defs"]["adapter"]["required"])
-    missing = {key for key in keys if f".It Va {key}\n" not in page.read_text()}
-    expect(not missing, f"keys that the page lacks: {missing}")
     if shutil.which("mandoc"):
         lint = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", page], check=False)
         expect(lint.returncode == 0, "the page's form")
+
+
+def check_speed(place):
+    """A thousand ordinary logs in two seconds, 100 MB in five, and no more memory for them."""
+    good = log_of(tree / "tests/golden/update-one.txt")
+    (place / "many").mkdir()
+    for i in range(1000):
+        (place / f"many/kvlnfwup{i}.log").write_bytes(good)
+    quoted = b">>/var/log/Marvek_Support/kvlnfwup.log\"\n"
+    cut = good.index(quoted, good.index(b"upgrade")) + len(quoted)
+    (place / "long.log").write_bytes(good[:cut] + b"100 % of a line\n" * 6500000 + good[cut:])
+    for path, seconds in ((place / "many", 2), (place / "long.log", 5)):
+        before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
+        expect(report(str(path)).returncode == 0, f"{path}: status")
+        took = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - before
+        expect(took < seconds, f"{path}: {took} s")
+    limit = f"ulimit -v 20000; exec {program} {place}/long.log"
+    limited = subprocess.run(["sh", "-c", limit], capture_output=True, check=False)
+    expect(limited.returncode == 0, f"memory: {limited.stderr.decode()}")
 
 
 check_transcripts()
@@ -140,6 +172,7 @@ check_page()
 directory = pathlib.Path(tempfile.mkdtemp())
 try:
     check_arguments(directory)
+    check_speed(directory)
 finally:
     shutil.rmtree(directory)
 sys.exit(1 if failures else 0)

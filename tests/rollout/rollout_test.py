@@ -8,14 +8,16 @@ ansible-playbook, the rows of report.json, the state of every virtual adapter, a
 on each server are compared with what they should be. That no two runs ever met is witnessed by the
 utility itself. The exit status is 77 where virtual servers or Ansible can't be had.
 """
+import gzip
 import os
 import re
 import signal
+import subprocess
 import sys
 import time
 
 import servers
-from servers import Rollout, Server, expect, fault, slow_flash, until, version
+from servers import Rollout, Server, expect, fault, until, version
 
 NEW = [(version, "7.12.5")]
 OLD = [("7.10a.2.1b", "7.10.4")]
@@ -86,39 +88,59 @@ def scenario_canary():
     expect("the reason", "Error updating bc" in rows["canary"]["reason"], True)
     expect("canary carries", canary.carries(), [(version, "7.10.4")])
     canary.put_state({**canary.state(), "faults": []})
-    rollout.run("mended", 0, canary="updated", rest="updated")
+    canary.hold()
+    playbook = rollout.start()
+    until("the canary flashes", canary.is_flashing)
+    rollout.package.write_bytes(b"Something else by the same name.")
+    canary.hold(False)
+    rollout.finish("mended", playbook, 0, canary="updated", rest="updated")
     expect("options", (canary.dir / "var/lib/zentrix-rollout/run/options").read_text(), "-f\n")
     expect("carry", canary.carries() + rest.carries(), NEW * 2)
     runs_on((canary, 2), (rest, 1))
 
 
 def scenario_second_batch():
-    """An adapter that is down in the second batch: the batch ends, the third is not reached."""
+    """A second batch with an adapter that is down and a systemd that starts nothing: the third is not reached, unless it may be."""
     facts = "/etc/ansible/facts.d"
     unrecorded = Server("c", boot=f"mkdir -p {facts} && mount -t tmpfs -o ro,mode=755 tmpfs {facts}")
-    fleet = [Server("a"), Server("b", "driverless"), unrecorded, Server("d")]
+    fleet = [Server("a"), Server("b", "driverless"), unrecorded, Server("d", boot="mkdir -p /run/systemd/system"), Server("e")]
     rollout = Rollout(*fleet)
-    rows = rollout.run("second batch", 2, "-e", '{"zentrix_batches": [1, 2, "100%"]}', a="updated", b="adapter-down", c="updated", d="not-reached")
+    rows = rollout.run("second batch", 2, "-e", '{"zentrix_batches": [1, 3, "100%"]}', a="updated", b="adapter-down", c="updated", d="failed",
+                       e="not-reached")
     expect("b's exit status", rows["b"]["exitStatus"], 172)
     expect("c's reason", "could not be recorded" in rows["c"]["reason"], True)
-    runs_on(*zip(fleet, (1, 1, 1, 0)))
+    expect("d's reason", "the run can't be started" in rows["d"]["reason"], True)
+    runs_on(*zip(fleet, (1, 1, 1, 0, 0)))
+    rollout.run("half may fail", 2, "-e", '{"zentrix_batches": [2], "zentrix_max_failures": 50}', a="unchanged", b="adapter-down", c="updated",
+                d="failed", e="updated")
+    runs_on(*zip(fleet, (1, 2, 1, 0, 1)))
 
 
 def scenario_unfit():
     """Servers that can't be updated are found before any is touched, or left out."""
-    fleet = [Server("fit"), Server("marker", boot="touch /tmp/kvsupdbg-no-f-update.txt"), Server("loader", loader=False),
-               Server("full", boot="mount -t tmpfs -o size=1m tmpfs /var/log"), Server("away", listening=False),
-             Server("bare", ansible_python_interpreter="/nowhere/python3")]
+    record = "mkdir -p /etc/ansible/facts.d && cd /etc/ansible/facts.d && rm -f zentrix.fact && "
+    fleet = [Server("fit"), Server("marker", boot="touch /tmp/kvsupdbg-no-f-update.txt"), Server("loader", loader="/dev/null"),
+               Server("full", boot="mount -t tmpfs -o size=1m tmpfs /var/log; mount -t tmpfs -o noexec tmpfs /var/lib"), Server("away", listening=False),
+             Server("bare", ansible_python_interpreter="/nowhere/python3"),
+             Server("odd", boot=record + """echo '{"started": {"a": 1}}' >zentrix.fact"""),
+             Server("dated", boot=record + """echo '{"ended": "2026-02-31T00:00:00Z"}' >zentrix.fact"""),
+             Server("newer", boot=record + """echo '{"carries": ["7.13a.1.1a"]}' >zentrix.fact"""),
+             Server("endless", boot=record + "ln -s /dev/zero zentrix.fact"),
+             Server("hanging", boot=record + "mkfifo zentrix.fact", zentrix_look_timeout=5)]
     rollout = Rollout(*fleet)
-    states = {"marker": "unfit", "loader": "unfit", "full": "unfit", "away": "unreachable", "bare": "unfit"}
+    states = {server.name: "unreachable" if server.name == "away" else "unfit" for server in fleet[1:]}
     untouched = fleet[0].files()
     rows = rollout.run("unfit", 2, fit="not-reached", **states)
     expect("what was touched", fleet[0].files(), untouched)
-    for name, word in (("marker", "dry-run marker"), ("loader", "libc6-i386"), ("full", "free for logs"), ("away", "can be reached over ssh"),
-                       ("bare", "/nowhere/python3")):
+    for name, word in (("marker", "dry-run marker"), ("loader", "libc6-i386"), ("full", "free for logs"), ("full", "mounted noexec"),
+                       ("away", "can be reached over ssh"),
+                       ("bare", "/nowhere/python3"), ("odd", "right: started"), ("dated", "times"), ("newer", "7.13a.1.1a"), ("endless", "record"),
+                       ("hanging", "Ask what a run needs")):
         expect(f"the reason of {name}", word in rows[name]["reason"], True)
-    rollout.run("left out", 2, "-e", "zentrix_skip_unfit=true", fit="updated", **states)
-    runs_on(*zip(fleet, (1, 0, 0, 0, 0, 0)))
+    states["newer"] = "updated"
+    rollout.run("left out", 2, "-e", "zentrix_skip_unfit=true", "-e", "zentrix_allow_older=true", fit="updated", **states)
+    runs_on(*((server, server.name in ("fit", "newer")) for server in fleet))
+    expect("options", [(server.dir / "var/lib/zentrix-rollout/run/options").read_text() for server in fleet if server.logs()], ["\n", "-f\n"])
 
     keyring = servers.work / "keyring"
     keyring.touch()
@@ -128,58 +150,112 @@ def scenario_unfit():
         package.write(b"\0")
     expect("a damaged package", rollout.start("-e", "zentrix_force=true").wait(), 2)
     expect("servers looked at", "Look at all servers" in rollout.output.read_text(), False)
-    runs_on(*zip(fleet, (1, 0, 0, 0, 0, 0)))
+    expect("what is left", sorted(path.name for path in rollout.results.iterdir()), ["earlier-report.html", "earlier-report.json", "fit", "newer"])
 
 
 def scenario_interrupted():
-    """Lost connections and power failures, all during a flash."""
-    silent, cut, power = (Server(name, adapters=slow_flash(9000)) for name in ("silent", "cut", "power"))
-    gone = Server("gone", adapters=slow_flash(9000), zentrix_lost_patience=4)
-    following = Server("next")
-    rollout = Rollout(silent, cut, power, gone, following)
-    playbook = rollout.start("-e", '{"zentrix_batches": [4]}')
-    until("all flash", lambda: all(server.is_flashing() for server in (silent, cut, power, gone)))
+    """Lost connections and power failures: while the package comes, at the start, during a flash, at a reboot."""
+    def when(path, words):
+        return f"(until [ -e /var/lib/zentrix-rollout{path} ]; do sleep 0.1; done; for word in {words}; do echo $word >/server/door; sleep 5; done) &"
+
+    held = [Server("silent"), Server("cut"), Server("power"), Server("gone", zentrix_lost_patience=4)]
+    silent, cut, power, gone = held
+    early = Server("early", boot=when("", "silent"), zentrix_lost_patience=0)
+    begun = Server("begun", boot=when("/run/id", "silent back"))
+    asleep = Server("asleep", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=95), zentrix_reboot="when-needed",
+                    zentrix_reboot_timeout=5)
+    shutdown = asleep.dir / "sbin/shutdown"
+    shutdown.write_text(shutdown.read_text().replace("reboot", "silent"))
+    for server in held:
+        server.hold()
+    rollout = Rollout(*held, early, begun, asleep, Server("next"))
+    playbook = rollout.start("-e", '{"zentrix_batches": [7]}')
+    until("all flash", lambda: all(server.is_flashing() for server in held))
     gone.process.terminate()
     silent.tell("silent")
     cut.tell("cut")
     power.tell("off")
-    time.sleep(6)
+    time.sleep(4)
+    for server in held:
+        server.hold(False)
     silent.tell("back")
-    states = {"silent": "updated", "cut": "updated", "power": "cut-off", "gone": "unreachable"}
-    rows = rollout.finish("interrupted", playbook, 2, **states, next="not-reached")
+    rows = rollout.finish("interrupted", playbook, 2, silent="updated", cut="updated", power="cut-off", gone="unreachable", early="unreachable",
+                          begun="updated", asleep="unreachable", next="not-reached")
     expect("power's log", rows["power"]["logs"], ["power/kvlnfwup.log"])
     expect("power carries", power.carries(), [(version, "7.10.4")])
-    gone.boot()
-    until("gone is back", gone.answers)
-    rows = rollout.run("taken up", 0, silent="unchanged", cut="unchanged", power="updated", gone="updated", next="updated")
+    (early.dir / "boot").unlink()
+    away = (gone, early, asleep)
+    for server in away:
+        server.process.terminate()
+        server.process.wait()
+        server.boot()
+    until("all are back", lambda: all(server.answers() for server in away))
+    rows = rollout.run("taken up", 0, silent="unchanged", cut="unchanged", power="updated", gone="updated", early="updated", begun="unchanged",
+                       asleep="unchanged", next="updated")
     expect("gone's logs", rows["gone"]["logs"], ["gone/kvlnfwup.log", "gone/kvlnfwup001.log"])
     for server in rollout.servers:
         expect(f"{server.name} carries", server.carries(), NEW)
-    runs_on((silent, 1), (cut, 1), (power, 2), (gone, 2), (following, 1))
+    runs_on(*((server, 2 if server in (power, gone) else 1) for server in rollout.servers))
 
 
 def scenario_found_again():
-    """A run outlives patience and the controller, and is found again."""
-    server = Server("one")
-    server.hold()
-    rollout = Rollout(server)
-    rollout.run("patience", 2, "-e", "zentrix_patience=2", one="still-running")
+    """A run outlives patience and the controller, and is found again; two rollouts at once."""
+    one, two, three = fleet = Server("one"), Server("two"), Server("three")
+    one.hold()
+    rollout = Rollout(*fleet)
+    rollout.run("patience", 2, "-e", "zentrix_patience=2", one="still-running", two="not-reached", three="not-reached")
     playbook = rollout.start()
     until("it waits", lambda: "RETRYING: [one]" in rollout.output.read_text())
     os.killpg(playbook.pid, signal.SIGKILL)
     playbook.wait()
-    expect("still flashing", server.is_flashing(), True)
-    server.hold(False)
-    rollout.run("found again", 0, one="updated")
-    expect("carries", server.carries(), NEW)
-    runs_on((server, 1))
+    expect("still flashing", one.is_flashing(), True)
+    one.hold(False)
+    rollout.run("found again", 0, one="updated", two="updated", three="updated")
+    runs_on(*zip(fleet, (1, 1, 1)))
 
-    # Two, as the counters of the faults are kept until their number changes.
-    slow = {"command": {"verb": "upgrade", "component": "bc"}, "delay": 9000}
-    server.put_state({**server.state(), "faults": [slow, slow]})
-    both = [rollout.start("-e", "zentrix_force=true", "-e", f"zentrix_results={servers.work}/{name}") for name in ("a", "b")]
-    expect("two rollouts at once", [playbook.wait() for playbook in both], [0, 0])
-    runs_on((server, 2))
+    # It has looked at all of them and waits for the first, when others update the second with another package and
+    # the third with the same.
+    other = servers.work / "other.tar.gz"
+    other.write_bytes(gzip.compress(gzip.decompress(rollout.package.read_bytes())))
+    for server in fleet:
+        server.hold()
+    playbook = rollout.start("-e", '{"zentrix_force": true, "zentrix_batches": [1, 2]}')
+    until("one flashes", one.is_flashing)
+    output = rollout.output
+    others = [rollout.start("-e", f"zentrix_package={package}", "-e", f"zentrix_hosts={server.name}", "-e", "zentrix_force=true",
+                            "-e", f"zentrix_results={servers.work}/{server.name}") for server, package in ((two, other), (three, rollout.package))]
+    until("two and three flash", lambda: two.is_flashing() and three.is_flashing())
+    one.hold(False)
+    until("it waits for them", lambda: "RETRYING: [two]" in output.read_text())
+    two.hold(False)
+    three.hold(False)
+    rows = rollout.finish("others", playbook, 2, one="updated", two="failed", three="updated")
+    expect("the reason", "Another rollout" in rows["two"]["reason"], True)
+    expect("the others", [each.wait() for each in others], [0, 0])
+    runs_on(*zip(fleet, (2, 2, 2)))
+
+
+def scenario_collection():
+    """The collection alone, by its name, from any directory; and what can't work is refused."""
+    # The controller hasn't this one, so its own tasks can't become anybody.
+    become = r"""printf '#!/bin/sh\nshift 5\nexec "$@"\n' >/run/become; chmod 755 /run/become"""
+    server = Server("one", boot=become, ansible_become=True, ansible_become_exe="/run/become")
+    rollout = Rollout(server)
+    servers.script("collection", "--build", servers.build, servers.work)
+    os.environ["ANSIBLE_COLLECTIONS_PATH"] = str(servers.work / "collections")
+    subprocess.run(["ansible-galaxy", "collection", "install", "--offline", *servers.work.glob("marvek-zentrix-*.tar.gz")],
+                   check=True, stdout=subprocess.DEVNULL)
+    rollout.playbook, rollout.place, inventory = "marvek.zentrix.rollout", servers.work, servers.work / "inventory.json"
+    inventory.write_text(inventory.read_text().replace('"zentrix_report_program"', '"not_set"'))
+    for options, words in ((["--tags", "x"], "leave out --tags"), (["--limit", "one"], "name localhost too"),
+                           (["-e", "zentrix_hosts=nobody"], "No server is left")):
+        expect(f"status of {options}", rollout.start(*options).wait(), 2)
+        expect(f"what is said of {options}", words in rollout.output.read_text(), True)
+    wrong = ("zentrix_batches=abc", "zentrix_patience=abc", "zentrix_reboot=yes", "zentrix_patiense=3")
+    rows = rollout.run("wrong variables", 2, *(word for each in wrong for word in ("-e", each)), one="unfit")
+    expect("refused", [each for each in wrong if each.split("=")[0] not in rows["one"]["reason"]], [])
+    rollout.run("by its name", 0, one="updated")
+    runs_on((server, 1))
 
 
 reason = servers.begin(sys.argv[1], os.path.join(sys.argv[2], sys.argv[3]))

@@ -40,7 +40,7 @@ def script(name, *arguments):
     subprocess.run([tree / "script" / name, *map(str, arguments)], check=True, stderr=subprocess.DEVNULL)
 
 
-def until(what, condition, seconds=60):
+def until(what, condition, seconds=180):
     end = time.monotonic() + seconds
     while not condition():
         if time.monotonic() > end:
@@ -51,11 +51,11 @@ def until(what, condition, seconds=60):
 class Server:
     """A virtual server. `adapters` changes the fleet's, before it boots."""
 
-    def __init__(self, name, fleet="one", adapters=None, boot=None, loader=True, listening=True, **variables):
+    def __init__(self, name, fleet="one", adapters=None, boot=None, loader=None, tree=None, listening=True, **variables):
         self.name, self.dir, self.variables = name, work / "servers" / name, variables
         with socket.create_server(("127.0.0.1", 0)) as free:
             self.port = free.getsockname()[1]
-        script("server", "make", self.dir, self.port, fleet, build)
+        script("server", "make", self.dir, self.port, fleet, build, *filter(None, [tree]))
         shutil.copy(build / "lnxfwvt2", self.dir / "etc/marvek")
         if adapters:
             state = self.state()
@@ -63,8 +63,8 @@ class Server:
             self.put_state(state)
         if boot:
             (self.dir / "boot").write_text(boot)
-        if not loader:
-            (self.dir / "loader").touch()
+        if loader:
+            shutil.copy(loader, self.dir / "loader")
         if listening:
             self.boot()
 
@@ -77,6 +77,12 @@ class Server:
     def answers(self):
         with socket.socket() as door:
             return door.connect_ex(("127.0.0.1", self.port)) == 0
+
+    def do(self, command):
+        """What a command prints there."""
+        return subprocess.run(["ssh", "-nq", "-p", str(self.port), "-i", self.dir / "key", "-o", "IdentitiesOnly=yes",
+                               "-o", f"UserKnownHostsFile={self.dir / 'known_host'}", "root@127.0.0.1", command],
+                              stdout=subprocess.PIPE, text=True).stdout
 
     def tell(self, word):
         script("server", "tell", self.dir, word)
@@ -115,6 +121,7 @@ class Rollout:
 
     def __init__(self, *servers):
         self.servers = servers
+        self.playbook, self.place = "playbook.yml", tree / "rollout"
         self.results = work / "zentrix_results"
         self.package = make_package()
         hosts = {server.name: {"ansible_port": server.port, "ansible_ssh_private_key_file": str(server.dir / "key"),
@@ -135,8 +142,8 @@ class Rollout:
                        "ANSIBLE_TIMEOUT": "3"}
         self.output = work / f"output{len(list(work.glob('output*'))) + 1}"
         with open(self.output, "w") as output:
-            return subprocess.Popen(["ansible-playbook", "-i", work / "inventory.json", "playbook.yml",
-                                     "-e", f"zentrix_package={self.package}", *options], cwd=tree / "rollout",
+            return subprocess.Popen(["ansible-playbook", "-i", work / "inventory.json", self.playbook,
+                                     "-e", f"zentrix_package={self.package}", *options], cwd=self.place,
                                     env=environment, stdin=subprocess.DEVNULL, stdout=output, stderr=output,
                                     start_new_session=True)
 

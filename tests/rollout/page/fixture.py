@@ -16,6 +16,7 @@ import sys
 
 HOSTILE = ("<script>document.title='owned'</script><img src=x onerror=alert(1)> \"'><b>bold</b> "
            "&lt;i&gt; {{ 7 * 191 }} \x1b[2J\x07\x9b\r \u202egnp.exe\u2066 \ufeff \udc80 </style></title>")
+KINDS = ("mixed", "one", "few", "many", "hostile", "long")
 # Their texts are words of the format.
 FIXED = {"format", "sha256", "state", "started", "ended", "outcome", "operation", "yb"}
 
@@ -51,8 +52,7 @@ class Rollout:
         place.mkdir()
         (place / "console.txt").write_text("")
         for at, log in enumerate(logs, 1):
-            (place / f"kvlnfwup{at}.log").write_bytes(
-                log if isinstance(log, bytes) else log_of(self.tree, log))
+            (place / f"kvlnfwup{at}.log").write_bytes(log if isinstance(log, bytes) else log_of(self.tree, log))
         names = [f"{name}/kvlnfwup{at}.log" for at in range(1, len(logs) + 1)]
         runs = self.read(names)
         self.hosts.append({
@@ -63,7 +63,7 @@ class Rollout:
             "started": "2026-03-02T01:10:00Z" if runs else None,
             "ended": "2026-03-02T01:13:20Z" if runs and runs[-1]["outcome"] != "cut-off" else None,
             "logs": names, "console": f"{name}/console.txt" if runs else None,
-            "next": runs[-1]["next"] if runs else [], "runs": runs, **more})
+            "next": [step["text"] for step in runs[-1]["next"]] if runs else [], "runs": runs, **more})
 
     def read(self, names):
         if not names:
@@ -72,16 +72,13 @@ class Rollout:
                                 capture_output=True, check=False)
         return json.loads(result.stdout)["runs"]
 
-    def document(self, check=False):
-        return {
+    def write(self, check=False, how=lambda text: text):
+        document = {
             "format": "zentrix-rollout/1",
             "package": {"name": "zentrix-7.12b.4.3a.tar.gz", "buildVersion": "7.12b.4.3a",
                         "sha256": "5d41402abc4b2a76b9719d911017c592" * 2},
-            "started": "2026-03-02T01:05:00Z", "ended": "2026-03-02T02:21:09Z", "check": check,
-            "hosts": self.hosts}
-
-    def write(self, document):
-        (self.directory / "report.json").write_text(json.dumps(document))
+            "started": "2026-03-02T01:05:00Z", "ended": "2026-03-02T02:21:09Z", "check": check, "hosts": self.hosts}
+        (self.directory / "report.json").write_text(json.dumps(changed(document, how)))
 
 
 def add_one_of_each(rollout, confirmed, rack, suffix=""):
@@ -89,8 +86,7 @@ def add_one_of_each(rollout, confirmed, rack, suffix=""):
     rollout.add(f"web1{suffix}", "updated", logs=["update-one"])
     rollout.add(f"web2{suffix}", "updated", logs=confirmed, rebooted=True)
     rollout.add(f"store1{suffix}", "updated", logs=rack)
-    rollout.add(f"db1{suffix}", "failed", "exit status 1: flashes failed, and a CRC check",
-                logs=["outcomes-corrupt"])
+    rollout.add(f"db1{suffix}", "failed", "exit status 1: flashes failed, and a CRC check", logs=["outcomes-corrupt"])
     rollout.add(f"db2{suffix}", "adapter-down", "020000000001 has no driver", logs=[driverless])
     rollout.add(f"db3{suffix}", "cut-off", "the run ended without an exit status",
                 logs=[driverless[:driverless.index(b"Updating 020000000002 using file 3C01bc")]])
@@ -109,19 +105,6 @@ def add_one_of_each(rollout, confirmed, rack, suffix=""):
     rollout.add(f"web7{suffix}", "would-update")
 
 
-def add_few(rollout, confirmed):
-    """A rollout that a batch's failures have stopped, for the picture."""
-    rollout.add("web1", "updated", logs=["update-one"])
-    rollout.add("web2", "updated", logs=confirmed, rebooted=True)
-    rollout.add("web3", "unchanged", buildVersion="7.12b.4.3a")
-    rollout.add("database1", "failed", "The update failed.", logs=["outcomes-corrupt"])
-    rollout.add("database2", "adapter-down", "An adapter is down.", logs=["update-driverless"])
-    rollout.add("mail1", "unfit", "the dry-run marker /tmp/kvsupdbg-no-f-update.txt is there")
-    rollout.add("mail2", "unreachable", "Connection timed out.")
-    for name in ("store1", "store2"):
-        rollout.add(name, "not-reached")
-
-
 def changed(value, how, key=""):
     """`value` with each text changed that isn't one of a few words."""
     if isinstance(value, dict):
@@ -134,25 +117,22 @@ def changed(value, how, key=""):
 def make(tree, build, place):
     confirmed = logs_of_runs(tree, build, place / "runs", [[], ["-v"]])
     rack = logs_of_runs(tree, build, place / "runs", [[]], "rack")
-    mixed = Rollout(tree, build, place / "mixed")
+    mixed, one, few, many, hostile, long = (Rollout(tree, build, place / name) for name in KINDS)
     add_one_of_each(mixed, confirmed, rack)
-    mixed.write(mixed.document())
-    one = Rollout(tree, build, place / "one")
+    mixed.write()
     one.add("web1", "would-update")
-    one.write(one.document(check=True))
-    few = Rollout(tree, build, place / "few")
-    add_few(few, confirmed)
-    few.write(few.document())
-    many = Rollout(tree, build, place / "many")
+    one.write(check=True)
+    few.hosts = [host for host in mixed.hosts if host["host"] in ("web1", "web2", "web5", "db1", "db2", "mail1", "old1", "web6")]
+    few.write()
     for number in range(29):
         add_one_of_each(many, confirmed, rack, f".rack{number}.example")
-    for number in range(7):
-        many.add(f"spare{number}", "unchanged")
-    many.write(many.document())
-    for name, how in (("hostile", lambda text: f"{HOSTILE} {text.replace('/', ' ')}"),
-                      ("long", lambda text: text + "W" * 10000)):
-        odd = Rollout(tree, build, place / name)
-        odd.write(changed({**mixed.document(), "hosts": mixed.hosts[:12]}, how))
+        many.hosts[-17:] = changed(many.hosts[-17:], lambda text: text.replace("0200000000", f"0200{number:02}0000"))
+    for number in range(30):
+        many.add(f"spare{number}", "unfit", f"a reason of its own: {number}")
+    many.write()
+    hostile.hosts = long.hosts = mixed.hosts[:12]
+    hostile.write(how=lambda text: f"{HOSTILE} {text.replace('/', ' ')}")
+    long.write(how=lambda text: text + "W" * 10000)
 
 
 if __name__ == "__main__":
