@@ -319,8 +319,9 @@ static bool isCutInFlash(const Run& run) {
 static std::string stateAtEnd(const Run& run) {
     const std::string others =
         " Those before it are as their lines say. Those after it are untouched if the run ended with its log; if it went on, as on a full disk, nothing is known of them.";
-    if (run.passOver) {
-        return "all have had their turn and are as their lines say.";
+    if (run.passOver && !run.visits.empty()) {
+        return "all have had their turn, the one with port " + run.visits.back().mac +
+               " the last, and are as their lines say.";
     }
     if (isCutInFlash(run)) {
         const Flash& flash = run.flashes.back();

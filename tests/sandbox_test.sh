@@ -9,6 +9,8 @@ sandbox=$1
 tests=$(cd "$(dirname "$0")" && pwd)
 "$sandbox" --whole true 2>/dev/null || exit 77
 failures=0
+work=$(mktemp -d)
+trap 'rm -r "$work"' EXIT
 
 # promised STATUS ARGUMENT...
 promised() {
@@ -45,7 +47,11 @@ done
 promised 0 sh -c 'touch /tmp/x /var/log/x /x && [ "$(ls /var/log)" = x ]'
 promised 2 ls "$tests"
 promised 0 --chdir /usr/bin test -e env
-promised 0 sh -c 'mount -t tmpfs none /root && [ "$(id -u)" = 0 ]'
+promised 0 --mounts sh -c 'mount -t tmpfs none /root && chown 12 /tmp && [ "$(id -u)" = 0 ]'
+# What is shown read-only stays so: outside, a root's file must not appear.
+mkdir "$work/shown"
+promised 1 --ro "$work/shown:/shown" sh -c 'mount -o remount,rw,bind /shown; touch /shown/x'
+promised 1 unshare --user --map-root-user --mount true
 promised 7 sh -c 'exit 7'
 promised 143 sh -c 'kill -TERM $$'
 promised 125 --ro "$tests/nowhere" true

@@ -95,17 +95,12 @@ for package in p p/ ./p "$work/p" p.tar.gz; do
     expect 0 "who made it is not known" --unsigned "$package"
 done
 expect 0 whole p both.gpg
-mkdir -- '-x y
-'
-cp -r p './-x y
-/-p q'
-cp p.tar.gz p.tar.gz.asc good.gpg './-x y
-'
-expect 0 whole -- '-x y
-/-p q' '-x y
-/good.gpg'
-expect 0 whole -- '-x y
-/p.tar.gz' good.gpg
+odd=$'-x y\n'
+mkdir -- "$odd"
+cp -r p "./$odd/-p q"
+cp p.tar.gz p.tar.gz.asc good.gpg "./$odd"
+expect 0 whole -- "$odd/-p q" "$odd/good.gpg"
+expect 0 whole -- "$odd/p.tar.gz" good.gpg
 # What a caller's surroundings would have tools do.
 for setting in TAR_OPTIONS=--owner=9 POSIXLY_CORRECT=1 GNUPGHOME=/nowhere GZIP=-l CDPATH=/ BASH_ENV=/nowhere; do
     env "$setting" "$tree/script/verify" p.tar.gz good.gpg >/dev/null 2>err || complain "$setting: $(cat err)"
@@ -122,7 +117,7 @@ while IFS='|' read -r by message; do
     expect 1 "$message: SHA256SUMS.asc" p "${by%% *}.gpg"
 done <<'END'
 expired --faked-system-time 20240201T000000!|(EXPKEYSIG)
-young --faked-system-time 20400201T000000!|by its method or its date
+young --faked-system-time 20400201T000000!|
 good --faked-system-time 20400201T000000!|signed in the future, on 2040-02-01
 good --digest-algo RIPEMD160|by its method or its date
 good --digest-algo SHA1|by its method or its date
@@ -233,12 +228,6 @@ archive; head -c 150 p.tar.gz >q; mv q p.tar.gz|damaged
 echo text >p.tar.gz|damaged
 echo text >q; gzip -c q >p.tar.gz|damaged
 END
-fresh
-archive
-rm -r p
-mkdir unpacked
-expect 0 whole p.tar.gz good.gpg
-
 # ---- No way back: what is older than asked for, by zentrix's own comparison over random pairs.
 
 fresh
