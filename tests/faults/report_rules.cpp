@@ -5,6 +5,7 @@
 
 #include "command_text.h"
 #include "input.h"
+#include "names.h"
 
 namespace faults {
 
@@ -120,12 +121,12 @@ static bool tellsFlashes(const Trial& trial, const Told& told) {
             return false;
         }
         if (isUpdated(flash.outcome) && !isLie(trial, flash.mac, flash.image)) {
-            const std::string version = versionIn(*now, flash.component);
-            if (version == versionIn(*before, flash.component) &&
-                version != versionIn(*right, flash.component)) {
+            const std::string version = versionIn(*now, report::componentOf(flash));
+            if (version == versionIn(*before, report::componentOf(flash)) &&
+                version != versionIn(*right, report::componentOf(flash))) {
                 return false;
             }
-            places.emplace(now->at("bus").get<int>(), flash.component);
+            places.emplace(now->at("bus").get<int>(), report::componentOf(flash));
         }
     }
     for (size_t i = 0; i < trial.first.adapters.size(); i++) {
