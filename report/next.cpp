@@ -178,6 +178,12 @@ static bool wasNextStep(const Past& past, const Run& run) {
     return asked && (past.operation == run.operation || past.operation == Operation::none);
 }
 
+// A run that was cut off says nothing of the trouble before, unless it was cut off in the same
+// command.
+static bool endedAlike(const Past& past, const Run& run) {
+    return !run.cutOff || (!run.cutIn.empty() && run.cutIn == past.cutIn);
+}
+
 static std::vector<std::string> troublesOf(const Summary& summary) {
     std::vector<std::string> troubles;
     for (const Problem& problem : summary.problems) {
@@ -206,10 +212,10 @@ void heedHistory(const Run& run, Summary& summary, History& history) {
     const std::vector<std::string> troubles = troublesOf(summary);
     const auto past = std::find_if(history.rbegin(), history.rend(),
                                    [&run](const Past& one) { return isOfServer(one, run); });
-    Past now = {run.macs, run.operation, troubles, summary.next};
-    if (past != history.rend() && !run.cutOff && wasNextStep(*past, run)) {
+    Past now = {run.macs, run.operation, troubles, summary.next, run.cutIn};
+    if (past != history.rend() && endedAlike(*past, run) && wasNextStep(*past, run)) {
         std::vector<std::string> macs;
-        bool again = false;
+        bool again = run.cutOff;
         for (size_t i = 0; i < troubles.size(); i++) {
             if (std::find(past->troubles.begin(), past->troubles.end(), troubles[i]) !=
                 past->troubles.end()) {

@@ -82,14 +82,15 @@ struct Past {
     Operation operation = Operation::none;
     std::vector<std::string> troubles;
     std::vector<Step> next;
+    std::string cutIn;  // the command during which its log ends; may be empty
 };
 
 // Runs in their order, of one server or of several, which are told apart by their ports.
 using History = std::vector<Past>;
 
 // The summary points into `run`, which must outlive it. Where the run was the next step
-// of an earlier one and the same trouble came again, the next step is support. The run is
-// added to the history.
+// of an earlier one and the same trouble came again, or it was cut off in the same command,
+// the next step is support. The run is added to the history.
 Summary summarize(const Run& run, History* history = nullptr);
 
 }  // namespace report
