@@ -4,21 +4,23 @@
 #include <stdexcept>
 #include <string>
 
+#include "log/flash_tool_code.h"
+
 namespace emulator {
 
 enum ExitCode : int {
     exitDone = 0,
-    exitUsage = 2,            // unknown verb, option or value
-    exitFleet = 3,            // adapters.json missing, malformed or not writable
-    exitNoPort = 4,           // no port has this MAC
-    exitBrokenImage = 5,      // the image can't be read or is no image
-    exitNoComponent = 6,      // the adapter has no such component or block
-    exitCancelled = 7,        // a question was not answered with yes
-    exitCrc = 8,              // the CRC check found damage
-    exitOutput = 9,           // the answer or a backup file couldn't be written
-    exitNotNewer = 35,        // the image isn't newer than what is installed
-    exitWrongImage = 70,      // the image was made for something else
-    exitRebootRequired = 95,  // done, in force after a reboot
+    exitUsage = 2,                            // unknown verb, option or value
+    exitFleet = 3,                            // adapters.json missing, malformed or not writable
+    exitNoPort = 4,                           // no port has this MAC
+    exitBrokenImage = 5,                      // the image can't be read or is no image
+    exitNoComponent = 6,                      // the adapter has no such component or block
+    exitCancelled = 7,                        // a question was not answered with yes
+    exitCrc = 8,                              // the CRC check found damage
+    exitOutput = 9,                           // the answer or a backup file couldn't be written
+    exitNotNewer = fwup::codeNoUpdateNeeded,  // the image isn't newer than what is installed
+    exitWrongImage = fwup::codeNotApplied,    // the image was made for something else
+    exitRebootRequired = fwup::codeRebootRequired,  // done, in force after a reboot
 };
 
 // Ends a command: `what` goes to standard error, `code` is the exit code.

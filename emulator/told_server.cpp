@@ -5,15 +5,12 @@
 #include <utility>
 
 #include "exit_code.h"
+#include "inventory/component_table.h"
 #include "text.h"
 
 namespace emulator {
 
 namespace {
-
-// The components of the table's columns; null for what no directory shows.
-const char* const columnComponents[report::versionColumns] = {
-    "bc", "mfw1", "ipmi", nullptr, "mba", "ump", "ncsi", "ib", "efi", nullptr, "l2t"};
 
 ToldPort* findPort(ToldServer& server, const std::string& mac) {
     const auto found = std::find_if(server.begin(), server.end(),
@@ -64,9 +61,11 @@ void takeRow(ToldPort& port, const report::Port& row) {
     port.function = row.function;
     const bool isRead = std::any_of(std::begin(row.versions), std::end(row.versions),
                                     [](const std::string& version) { return version != "NA"; });
-    for (size_t i = 0; isRead && i < report::versionColumns; i++) {
-        if (columnComponents[i] != nullptr) {
-            setVersion(port, columnComponents[i], row.versions[i]);
+    for (const fwup::Component& component : fwup::components) {
+        const size_t column = fwup::columnOf(component);
+        const bool isListed = component.needles[0] != nullptr;
+        if (isRead && isListed && column < report::versionColumns) {
+            setVersion(port, component.name, row.versions[column]);
         }
     }
 }

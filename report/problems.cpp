@@ -223,12 +223,6 @@ static bool isUnchanged(const AdapterSummary& adapter, const Flash& flash) {
     });
 }
 
-// Of these a plain run of the same package writes the same version again.
-static bool isForcedAnyway(const Flash& flash) {
-    return flash.stampForces != 1 && (fwup::hasTrait(flash.component, fwup::alwaysForced) ||
-                                      fwup::hasTrait(flash.component, fwup::hasMbaFlags));
-}
-
 // Unforced, the utility writes newer images only, so the version must change.
 // A forced flash may write the very version that is there.
 static void addUnchanged(Work& work, const AdapterSummary& adapter) {
@@ -242,7 +236,7 @@ static void addUnchanged(Work& work, const AdapterSummary& adapter) {
             addProblem(
                 work, {adviceFor(Matter::nothingWritten), flash->line,
                        "Updating " + flash->mac + " using file " + flash->image, flash->mac, name});
-        } else if (!isForcedAnyway(*flash)) {
+        } else {
             same.component = same.text.empty() ? name : "";
             same.line = same.line == 0 ? flash->line : same.line;
             same.mac = flash->mac;

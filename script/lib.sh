@@ -34,6 +34,18 @@ show_help() {
     sed -n '2,${/^#/!q;s/^# \{0,1\}//p;}' "$0"
 }
 
+# The first bytes of a file in hexadecimal.
+head_of() {
+    od -An -v -tx1 -N20 -- "$1" | tr -d ' \n'
+}
+
+# Whether a program is a 32-bit one: ELF, 32 bits, little-endian; then what is for no machine in particular; then x86.
+is_for_x86() {
+    local head
+    head=$(head_of "$1")
+    [[ $head == 7f454c460101* && ${head:36:4} == 0300 ]]
+}
+
 # ---- Bare Debian trees.
 
 # shellcheck disable=SC2034

@@ -16,11 +16,11 @@ using Path = char[64];
 
 // The next entry whose name is a number; -1 when there is none.
 static int nextNumber(DIR* entries) {
-    const dirent* entry = readdir(entries);
-    while (entry != nullptr && isdigit(static_cast<unsigned char>(entry->d_name[0])) == 0) {
-        entry = readdir(entries);
-    }
-    return entry == nullptr ? -1 : atoi(entry->d_name);
+    const dirent* entry = nullptr;
+    do {
+        entry = readdir(entries);  // cppcheck-suppress readdirCalled ; there is one thread
+    } while (entry != nullptr && isdigit(static_cast<unsigned char>(entry->d_name[0])) == 0);
+    return entry == nullptr ? -1 : static_cast<int>(strtol(entry->d_name, nullptr, 10));
 }
 
 // The kernel lists a lock with every file that it came by, inherited ones too. Of other files

@@ -5,6 +5,7 @@
 
 #include "command_text.h"
 #include "input.h"
+#include "names.h"
 
 namespace faults {
 
@@ -119,13 +120,24 @@ static bool tellsFlashes(const Trial& trial, const Told& told) {
         if (before == nullptr) {
             return false;
         }
-        if (isUpdated(flash.outcome) && !isLie(trial, flash.mac, flash.image)) {
-            const std::string version = versionIn(*now, flash.component);
-            if (version == versionIn(*before, flash.component) &&
-                version != versionIn(*right, flash.component)) {
+<<<<<<< HEAD
+        if (isUpdated(flash.outcome) && flash.component != nullptr &&
+            !isLie(trial, flash.mac, flash.image)) {
+            const std::string version = versionIn(*now, flash.component->name);
+            if (version == versionIn(*before, flash.component->name) &&
+                version != versionIn(*right, flash.component->name)) {
                 return false;
             }
-            places.emplace(now->at("bus").get<int>(), flash.component);
+            places.emplace(now->at("bus").get<int>(), flash.component->name);
+=======
+        if (isUpdated(flash.outcome) && !isLie(trial, flash.mac, flash.image)) {
+            const std::string version = versionIn(*now, report::componentOf(flash));
+            if (version == versionIn(*before, report::componentOf(flash)) &&
+                version != versionIn(*right, report::componentOf(flash))) {
+                return false;
+            }
+            places.emplace(now->at("bus").get<int>(), report::componentOf(flash));
+>>>>>>> wt-report
         }
     }
     for (size_t i = 0; i < trial.first.adapters.size(); i++) {

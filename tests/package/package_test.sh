@@ -117,7 +117,7 @@ refused "already there: $work/out/p.tar.gz"
 listed="3C01bc.bin 3C02mbaf.bin 3C06ncsi.bin BuildVersion.txt README SHA256SUMS lnxfwvt2"
 listed+=" zentrix zentrix.8"
 # Only a 32-bit one goes to servers.
-[ "$(od -An -tx1 -j4 -N1 "$build/zentrix-report" | tr -d ' ')" != 01 ] ||
+! bash -c '. "$0" && is_for_x86 "$1"' "$tree/script/lib.sh" "$build/zentrix-report" ||
     listed=${listed/ zentrix / tools zentrix }
 longest=7.12b.${digits:1}.3a
 package --build-version "$longest" || complain "${#longest} characters: $(cat said)"

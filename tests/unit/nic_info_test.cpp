@@ -34,6 +34,11 @@ TEST_F(NicInfo, CopiesIdentityAndDriverFromTheFirstNicWithTheMac) {
     EXPECT_EQ(ask(true), "1 m1");
     nic.summary.driverPresent = 2;
     EXPECT_EQ(ask(true), "1 m1");
+    nic.info.pciVendorId = 7;
+    nic.info.pciSubsysVendorId = 8;
+    Ports ports({makePort()});
+    EXPECT_TRUE(get_nic_info(&ports.list));
+    EXPECT_EQ(ports.devices[0].vendorId * 10 + ports.devices[0].subsysVendorId, 78U);
     // The library fills whole spans, and has no record; the driver is set all the same.
     memset(library.nics[0].summary.macAddress, 'M', sizeof nic.summary.macAddress);
     memset(nic.summary.driverVersion, '4', sizeof nic.summary.driverVersion);
