@@ -120,7 +120,6 @@ static bool tellsFlashes(const Trial& trial, const Told& told) {
         if (before == nullptr) {
             return false;
         }
-<<<<<<< HEAD
         if (isUpdated(flash.outcome) && flash.component != nullptr &&
             !isLie(trial, flash.mac, flash.image)) {
             const std::string version = versionIn(*now, flash.component->name);
@@ -129,15 +128,6 @@ static bool tellsFlashes(const Trial& trial, const Told& told) {
                 return false;
             }
             places.emplace(now->at("bus").get<int>(), flash.component->name);
-=======
-        if (isUpdated(flash.outcome) && !isLie(trial, flash.mac, flash.image)) {
-            const std::string version = versionIn(*now, report::componentOf(flash));
-            if (version == versionIn(*before, report::componentOf(flash)) &&
-                version != versionIn(*right, report::componentOf(flash))) {
-                return false;
-            }
-            places.emplace(now->at("bus").get<int>(), report::componentOf(flash));
->>>>>>> wt-report
         }
     }
     for (size_t i = 0; i < trial.first.adapters.size(); i++) {
