@@ -52,7 +52,7 @@ static void fillButFor(const std::string& directory, unsigned place) {
 
 const std::vector<Fault> allFaults = {
     {"none", Places::once, nullptr},
-    {"up-to-date", Places::once, nullptr, updateFirst},
+    {"up-to-date", Places::updates, nullptr, updateFirst},
     {"exit-1", Places::commands, {{"exit", 1}}},
     {"exit-unknown", Places::commands, {{"exit", 200}}},
     {"exit-95", Places::commands, {{"exit", fwup::codeRebootRequired}}},

@@ -18,8 +18,8 @@ struct Mode {
 // The room that a file takes at least.
 constexpr unsigned pageSize = 4096;
 
-// What the places of a fault are numbered by, from 1 on.
-enum class Places { once, commands, calls, logPages, files };
+// What the places of a fault are numbered by, from 1 on; `updates` has one in modes that update.
+enum class Places { once, updates, commands, calls, logPages, files };
 
 struct Fault {
     const char* name;

@@ -45,7 +45,7 @@ static Reference undisturbed(const Mode& mode, bool follows) {
 }
 
 // Where room is short, the last place is one that has enough.
-static unsigned placesOf(const Fault& fault, const Reference& reference) {
+static unsigned placesOf(const Mode& mode, const Fault& fault, const Reference& reference) {
     switch (fault.places) {
         case Places::commands:
             return reference.commands;
@@ -55,9 +55,12 @@ static unsigned placesOf(const Fault& fault, const Reference& reference) {
             return static_cast<unsigned>(reference.run.result.log.size() / pageSize) + 2;
         case Places::files:
             return 15;
-        default:
-            return 1;
+        case Places::updates:
+            return mode.updates ? 1 : 0;
+        case Places::once:
+            break;
     }
+    return 1;
 }
 
 // What strikes commands or calls may do so again and again, if the steps are followed.
@@ -65,7 +68,7 @@ static std::vector<Case> casesOf(const Mode& mode, const Reference& reference, b
     std::vector<Case> cases;
     for (const Fault& fault : allFaults) {
         const bool canStick = follows && !fault.effect.is_null();
-        for (unsigned place = 1; place <= placesOf(fault, reference); place++) {
+        for (unsigned place = 1; place <= placesOf(mode, fault, reference); place++) {
             cases.push_back({&mode, &fault, place});
             if (canStick) {
                 cases.push_back({&mode, &fault, place, true});
@@ -149,7 +152,7 @@ static void runMode(const Options& options, const Mode& mode, unsigned long& num
     for (const Case& c : casesOf(mode, reference, follows)) {
         if (isWanted(options.at("--fault"), c.fault->name) &&
             isWanted(options.at("--only"), nameOf(c)) &&
-            (options.at("--sample").empty() || isSampled(c, placesOf(*c.fault, reference))) &&
+            (options.at("--sample").empty() || isSampled(c, placesOf(mode, *c.fault, reference))) &&
             number++ % shards == shard) {
             runCase(options, c, reference, seen);
         }
