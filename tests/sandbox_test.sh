@@ -50,7 +50,9 @@ promised 0 --chdir /usr/bin test -e env
 promised 0 --mounts sh -c 'mount -t tmpfs none /root && chown 12 /tmp && [ "$(id -u)" = 0 ]'
 # What is shown read-only stays so: outside, a root's file must not appear.
 mkdir "$work/shown"
-promised 1 --ro "$work/shown:/shown" sh -c 'mount -o remount,rw,bind /shown; touch /shown/x'
+# In a machine within a sandbox, as script/fresh makes one, no namespace below can be had.
+! bwrap --unshare-user --uid 0 --gid 0 --disable-userns --ro-bind / / true 2>/dev/null ||
+    promised 1 --ro "$work/shown:/shown" sh -c 'mount -o remount,rw,bind /shown; touch /shown/x'
 promised 1 unshare --user --map-root-user --mount true
 promised 7 sh -c 'exit 7'
 promised 143 sh -c 'kill -TERM $$'

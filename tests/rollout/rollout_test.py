@@ -242,6 +242,7 @@ def scenario_collection():
     server = Server("one", boot=become, ansible_become=True, ansible_become_exe="/run/become")
     rollout = Rollout(server)
     servers.script("collection", "--build", servers.build, servers.work)
+    os.environ["ANSIBLE_HOME"] = str(servers.work / "ansible")
     os.environ["ANSIBLE_COLLECTIONS_PATH"] = str(servers.work / "collections")
     subprocess.run(["ansible-galaxy", "collection", "install", "--offline", *servers.work.glob("marvek-zentrix-*.tar.gz")],
                    check=True, stdout=subprocess.DEVNULL)

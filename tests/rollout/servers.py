@@ -131,12 +131,12 @@ class Rollout:
         (work / "inventory.json").write_text(json.dumps({"all": {"hosts": hosts, "vars": {
             "ansible_host": "127.0.0.1", "ansible_user": "root", "ansible_python_interpreter": "/usr/bin/python3",
             "ansible_ssh_common_args": f"-o UserKnownHostsFile={known} -o IdentitiesOnly=yes",
-            "zentrix_package_room": 8, "zentrix_log_room": 8, "zentrix_progress_interval": 1, "zentrix_patience": 120,
+            "zentrix_package_room": 8, "zentrix_log_room": 8, "zentrix_progress_interval": 1, "zentrix_patience": 1800,
             "zentrix_report_program": str(build / "zentrix-report"), "zentrix_results": str(self.results)}}}))
         until("the servers' sshd", lambda: all(server.answers() for server in servers if (server.dir / "console").exists()))
 
     def start(self, *options):
-        environment = {**os.environ, "ANSIBLE_HOME": str(work / "ansible"), "ANSIBLE_NOCOLOR": "1",
+        environment = {**os.environ, "HOME": str(work), "ANSIBLE_HOME": str(work / "ansible"), "ANSIBLE_NOCOLOR": "1",
                        # A lost connection is to be noticed within seconds.
                        "ANSIBLE_SSH_ARGS": "-o ControlMaster=auto -o ControlPersist=60s -o ServerAliveInterval=1 -o ServerAliveCountMax=2",
                        "ANSIBLE_TIMEOUT": "3"}
