@@ -165,8 +165,9 @@ void addNext(const Run& run, const Tasks& tasks, Summary& summary) {
 // --- What came before
 
 static bool isOfServer(const Past& past, const Run& run) {
-    return std::find_first_of(past.macs.begin(), past.macs.end(), run.macs.begin(),
-                              run.macs.end()) != past.macs.end();
+    const bool listsNone = past.macs.empty() && run.macs.empty();
+    return listsNone || std::find_first_of(past.macs.begin(), past.macs.end(), run.macs.begin(),
+                                           run.macs.end()) != past.macs.end();
 }
 
 // Whether this run was the one that the earlier one asked for.
@@ -178,10 +179,15 @@ static bool wasNextStep(const Past& past, const Run& run) {
     return asked && (past.operation == run.operation || past.operation == Operation::none);
 }
 
+// Each run names a log of its own behind the command.
+static std::string withoutLog(const std::string& command) {
+    return command.substr(0, command.find(" >>"));
+}
+
 // A run that was cut off says nothing of the trouble before, unless it was cut off in the same
 // command.
 static bool endedAlike(const Past& past, const Run& run) {
-    return !run.cutOff || (!run.cutIn.empty() && run.cutIn == past.cutIn);
+    return !run.cutOff || (!run.cutIn.empty() && withoutLog(run.cutIn) == withoutLog(past.cutIn));
 }
 
 static std::vector<std::string> troublesOf(const Summary& summary) {

@@ -133,7 +133,8 @@ static Ending followSteps(Progress& progress, const nlohmann::json& goal) {
             show(progress, steps);
         }
         if (!told.isRead) {
-            return {progress.last.result.status == 0 ? "no-log" : "-", "untold"};
+            const bool claimsAll = progress.place.mode->updates && progress.last.result.status == 0;
+            return {claimsAll && progress.last.adapters != goal ? "no-log" : "-", "untold"};
         }
         if (told.summary.outcome == report::Outcome::cutOff &&
             (steps.empty() || steps.front().code != StepCode::checkNothingRuns)) {
