@@ -23,7 +23,8 @@ static Known wasForced(const Run& run) {
     return forced;
 }
 
-// Whether a port has such a component; without a table nobody knows.
+// Whether a port has such a component; without a table nobody knows, nor of ports that were not
+// read.
 static Known carries(const Run& run, bool (*isSuch)(const fwup::Component&)) {
     if (run.before.empty()) {
         return Known::unknown;
@@ -36,7 +37,7 @@ static Known carries(const Run& run, bool (*isSuch)(const fwup::Component&)) {
             }
         }
     }
-    return Known::no;
+    return run.unread.empty() ? Known::no : Known::unknown;
 }
 
 // Whether the blocks of iSCSI configurations were to be removed. Where there are none, that is a

@@ -18,21 +18,21 @@ static const std::string logParent = "/var/log";
 static const char* const fillerName = "/filler";
 
 const std::vector<Mode> modes = {
-    {"default", {}, true, Json::object()},
-    {"-s", {"-s"}, true, Json::object()},
-    {"-f", {"-f"}, true, Json::object()},
-    {"-s-force", {"-s", "-force"}, true, Json::object()},
-    {"-iscsicfgupdate", {"-iscsicfgupdate"}, true, Json::object()},
-    {"-vtncsi", {"-vtncsi"}, true, Json::object()},
+    {"default", {}, true},
+    {"-s", {"-s"}, true},
+    {"-f", {"-f"}, true},
+    {"-s-force", {"-s", "-force"}, true},
+    {"-iscsicfgupdate", {"-iscsicfgupdate"}, true, "block-not-removed"},
+    {"-vtncsi", {"-vtncsi"}, true},
     // From that adapter on, every other one has its CRC checked.
-    {"adapter-down", {}, true, {{"/adapters/3/ports/0/driver", nullptr}}},
-    {"-v", {"-v"}, false, Json::object()},
-    {"-dir", {"-dir"}, false, Json::object()},
-    {"-crc", {"-crc"}, false, Json::object()},
-    {"-iscsicfgversion", {"-iscsicfgversion"}, false, Json::object()},
-    {"-nomfw", {"-nomfw"}, false, Json::object()},
-    {"-ncsienable", {"-ncsienable"}, false, Json::object()},
-    {"-ncsidisable", {"-ncsidisable"}, false, Json::object()},
+    {"adapter-down", {}, true, "adapter-down", {{"/adapters/3/ports/0/driver", nullptr}}},
+    {"-v", {"-v"}, false},
+    {"-dir", {"-dir"}, false},
+    {"-crc", {"-crc"}, false},
+    {"-iscsicfgversion", {"-iscsicfgversion"}, false},
+    {"-nomfw", {"-nomfw"}, false},
+    {"-ncsienable", {"-ncsienable"}, false},
+    {"-ncsidisable", {"-ncsidisable"}, false},
 };
 
 // Adapters that carry what the images hold, under an older stamp: no fault.
@@ -77,23 +77,25 @@ const std::vector<Fault> allFaults = {
     {"log-a-file", Places::once, nullptr,
      [](unsigned) { e2e::writeFile(e2e::logDirectory, "taken"); }},
     {"log-read-only", Places::once, nullptr, [](unsigned) { e2e::makeReadOnly(e2e::logDirectory); },
-     "log's disk", true},
+     "log's disk", losesLog},
     {"log-full", Places::logPages, nullptr,
-     [](unsigned place) { fillButFor(e2e::logDirectory, place); }, "log's disk", true},
+     [](unsigned place) { fillButFor(e2e::logDirectory, place); }, "log's disk", losesLog},
     {"directory-read-only", Places::once, nullptr,
      [](unsigned) { e2e::makeReadOnly(e2e::packageDirectory); }, "package directory writable"},
     {"directory-full", Places::files, nullptr,
      [](unsigned place) { fillButFor(e2e::packageDirectory, place); }, "package directory.*disk"},
-    {"tool-killed", Places::commands, {{"groupSignal", "SIGKILL"}}, nullptr, nullptr, false, true},
+    {"tool-killed", Places::commands, {{"groupSignal", "SIGKILL"}}, nullptr, nullptr, kills},
     {"tool-alone-killed",
      Places::commands,
      {{"leaderSignal", "SIGKILL"}, {"delay", 100}},
      nullptr,
      nullptr,
-     false,
-     true,
-     true},
+     kills | lingers},
 };
+
+bool hasTrait(const Case& c, unsigned anyOf) {
+    return (c.fault->traits & anyOf) != 0;
+}
 
 std::string nameOf(const Case& c) {
     return std::string(c.mode->name) + "/" + c.fault->name + "/" + std::to_string(c.place) +

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "follow.h"
+#include "report_rules.h"
 #include "rules.h"
 
 namespace faults {
@@ -100,7 +101,7 @@ static void showDetails(const Trial& trial) {
 // A run from adapters that another first run left just so, and no file with
 // them, has been seen before.
 static Run runAgain(const Case& c, const Run& first, std::map<std::string, Run>& seen) {
-    if (c.fault->lingers || !first.result.files.empty() ||
+    if (hasTrait(c, lingers) || !first.result.files.empty() ||
         first.result.logPath.compare(0, 1, "/") != 0) {
         return perform(c.mode->arguments);
     }
@@ -115,14 +116,15 @@ static Run runAgain(const Case& c, const Run& first, std::map<std::string, Run>&
 static Trial tryOut(const Case& c, const Run& reference, std::map<std::string, Run>& seen) {
     makeMachine(*c.mode);
     applyFault(c);
-    Run first = perform(c.mode->arguments, c.fault->lingers);
+    Run first = perform(c.mode->arguments, hasTrait(c, lingers));
     const bool happened = faultHappened(c);
     // What goes on would bring back what it has read.
-    if (!c.fault->lingers) {
+    if (!hasTrait(c, lingers)) {
         liftFaults();
     }
     Run second = runAgain(c, first, seen);
-    return {c, reference, std::move(first), happened, std::move(second)};
+    e2e::Json told = tell(first.result.log);
+    return {c, reference, std::move(first), happened, std::move(second), std::move(told)};
 }
 
 static void runCase(const Options& options, const Case& c, const Reference& reference,

@@ -1,5 +1,5 @@
 // What zentrix-report must say of every run, judged by what truly happened: the
-// exit status, the console, the adapters, and the fault itself.
+// exit status, the adapters, and the fault itself.
 #pragma once
 
 #include "rules.h"
@@ -7,17 +7,14 @@
 
 namespace faults {
 
-struct Told {
-    bool isRead = false;  // an empty log is refused
-    report::Run run;
-    report::Summary summary;
-};
+e2e::Texts wordsOf(const std::string& text);
 
-// What it makes of a log, where `history` tells of those before it.
-Told tell(const std::string& log, report::History* history = nullptr);
+// The data that it makes of a log, where `history` tells of those before it. The outcome of a log
+// that it refuses is "refused".
+e2e::Json tell(const std::string& log, report::History* history = nullptr);
 
-// Whether any of them concerns the adapter, or all of them.
-bool isTold(const std::vector<report::Problem>& told, const nlohmann::json& adapter);
+// Whether any of these problems concerns the adapter, or all of them.
+bool isTold(const e2e::Json& problems, const nlohmann::json& adapter);
 
 // Whether the command that the fault struck claims to have done what it didn't, and
 // nothing that the tool logs afterwards shows it.
@@ -33,8 +30,8 @@ bool reportTellsCut(const Trial& trial);
 // has been updated there is told.
 bool reportTellsAdapters(const Trial& trial);
 
-// The command that failed, each failure that the console shows, and every adapter
-// that is not as without the fault has its problem.
+// The command that failed, and every adapter that is not as without the fault, has its
+// problem.
 bool reportTellsProblems(const Trial& trial);
 
 // A run that nothing disturbed has no problems but those of its adapters.

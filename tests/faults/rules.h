@@ -26,7 +26,8 @@ struct Trial {
     const Run& reference;  // nothing happened to it
     Run first;             // the fault happened to it
     bool happened;
-    Run second;  // the same again, with the fault lifted
+    Run second;      // the same again, with the fault lifted
+    e2e::Json told;  // what zentrix-report makes of the first one's log
 };
 
 // The names of the broken rules, with commas; "-" when all hold.

@@ -183,7 +183,7 @@ const Case cases[] = {
          table("NA") + pass + stamped() +
          "!!! Error updating firmware on 020000000001 because the installed firmware is corrupted. Contact Marvek support. !!!\n" +
          crc(true) + finish(false, row("NA")),
-     "failed 1 update: not-read firmware-corrupted; next: run(./zentrix -f)"},
+     "failed 1 update: not-read firmware-corrupted; next: run"},
     {"a dry run",
      before + pass + stamped() + comparing(1) + about(flashCommand(true)) +
          "\nSkipping command: \"" + flashCommand(true) + "\"\n" + success +
