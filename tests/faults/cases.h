@@ -31,10 +31,10 @@ enum Trait : unsigned {
 struct Fault {
     const char* name;
     Places places;
-    e2e::Json effect;                   // at the place, as adapters.json has it; or null
+    e2e::Json effect;  // at the place, as adapters.json has it; or null
+    unsigned traits = 0;
     void (*spoil)(unsigned) = nullptr;  // changes the surroundings; or null
     const char* mended = nullptr;       // a pattern: what advice to mend it speaks of; or null
-    unsigned traits = 0;
 };
 
 extern const std::vector<Mode> modes;

@@ -73,7 +73,7 @@ static void run(Progress& progress, const Json& step) {
     if (!runs.empty() && std::find(runs.begin(), runs.end(), progress.options) == runs.end()) {
         progress.options = runs.front();
     }
-    progress.last = perform(progress.options, hasTrait(progress.place, lingers));
+    progress.last = perform(progress.options);
     progress.rounds++;
 }
 
@@ -162,7 +162,7 @@ static Ending followSteps(Progress& progress, const nlohmann::json& goal, bool s
 static Progress begin(const Case& c) {
     makeMachine(*c.mode);
     applyFault(c);
-    Run first = perform(c.mode->arguments, hasTrait(c, lingers));
+    Run first = perform(c.mode->arguments);
     const bool untold = isUntold(c, first);
     return {c, c.mode->arguments, std::move(first), untold};
 }

@@ -18,8 +18,7 @@ using Options = std::map<std::string, std::string>;
 
 struct Reference {
     Run run;
-    unsigned commands;
-    unsigned calls;
+    std::map<Places, unsigned> places;
     nlohmann::json goal;  // of all who follow the steps
 };
 
@@ -36,32 +35,19 @@ static bool isWanted(const std::string& wanted, const std::string& name) {
     return wanted.empty() || wanted == name;
 }
 
+// Where room is short, the last place is one that has enough.
 static Reference undisturbed(const Mode& mode, bool follows) {
     makeMachine(mode);
     startCounting();
     Run run = perform(mode.arguments);
-    const unsigned commands = countOf(Places::commands);
-    const unsigned calls = countOf(Places::calls);
-    return {std::move(run), commands, calls, follows ? followUndisturbed(mode) : nlohmann::json()};
-}
-
-// Where room is short, the last place is one that has enough.
-static unsigned placesOf(const Mode& mode, const Fault& fault, const Reference& reference) {
-    switch (fault.places) {
-        case Places::commands:
-            return reference.commands;
-        case Places::calls:
-            return reference.calls;
-        case Places::logPages:
-            return static_cast<unsigned>(reference.run.result.log.size() / pageSize) + 2;
-        case Places::files:
-            return 15;
-        case Places::updates:
-            return mode.updates ? 1 : 0;
-        case Places::once:
-            break;
-    }
-    return 1;
+    const auto logPages = static_cast<unsigned>(run.result.log.size() / pageSize) + 2;
+    std::map<Places, unsigned> places = {{Places::once, 1},
+                                         {Places::updates, mode.updates ? 1 : 0},
+                                         {Places::commands, countOf(Places::commands)},
+                                         {Places::calls, countOf(Places::calls)},
+                                         {Places::logPages, logPages},
+                                         {Places::files, 15}};
+    return {std::move(run), std::move(places), follows ? followUndisturbed(mode) : nullptr};
 }
 
 // What strikes commands or calls may do so again and again, if the steps are followed.
@@ -69,7 +55,7 @@ static std::vector<Case> casesOf(const Mode& mode, const Reference& reference, b
     std::vector<Case> cases;
     for (const Fault& fault : allFaults) {
         const bool canStick = follows && !fault.effect.is_null();
-        for (unsigned place = 1; place <= placesOf(mode, fault, reference); place++) {
+        for (unsigned place = 1; place <= reference.places.at(fault.places); place++) {
             cases.push_back({&mode, &fault, place});
             if (canStick) {
                 cases.push_back({&mode, &fault, place, true});
@@ -88,14 +74,11 @@ static bool isSampled(const Case& c, unsigned places) {
 
 static void showDetails(const Trial& trial) {
     const e2e::Result& first = trial.first.result;
-    fprintf(stderr, "==== First run, exit status %d. Console:\n%s==== Its log:\n%s==== Files left:",
-            first.status, first.console.c_str(), first.log.c_str());
-    for (const std::string& file : first.files) {
-        fprintf(stderr, " %s", file.c_str());
-    }
-    fprintf(stderr, "\n==== Second run, exit status %d. What its adapters lack:\n%s\n",
-            trial.second.result.status,
-            nlohmann::json::diff(trial.second.adapters, trial.reference.adapters).dump(1).c_str());
+    const auto lacks = nlohmann::json::diff(trial.second.adapters, trial.reference.adapters);
+    fprintf(stderr, "==== First run, exit status %d. Console:\n%s==== Its log:\n%s", first.status,
+            first.console.c_str(), first.log.c_str());
+    fprintf(stderr, "==== Second run, exit status %d. What its adapters lack:\n%s\n",
+            trial.second.result.status, lacks.dump(1).c_str());
 }
 
 // A run from adapters that another first run left just so, and no file with
@@ -116,7 +99,7 @@ static Run runAgain(const Case& c, const Run& first, std::map<std::string, Run>&
 static Trial tryOut(const Case& c, const Run& reference, std::map<std::string, Run>& seen) {
     makeMachine(*c.mode);
     applyFault(c);
-    Run first = perform(c.mode->arguments, hasTrait(c, lingers));
+    Run first = perform(c.mode->arguments);
     const bool happened = faultHappened(c);
     // What goes on would bring back what it has read.
     if (!hasTrait(c, lingers)) {
@@ -154,7 +137,8 @@ static void runMode(const Options& options, const Mode& mode, unsigned long& num
     for (const Case& c : casesOf(mode, reference, follows)) {
         if (isWanted(options.at("--fault"), c.fault->name) &&
             isWanted(options.at("--only"), nameOf(c)) &&
-            (options.at("--sample").empty() || isSampled(c, placesOf(mode, *c.fault, reference))) &&
+            (options.at("--sample").empty() ||
+             isSampled(c, reference.places.at(c.fault->places))) &&
             number++ % shards == shard) {
             runCase(options, c, reference, seen);
         }

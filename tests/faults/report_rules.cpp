@@ -74,15 +74,17 @@ bool reportTellsCut(const Trial& trial) {
 
 // --- Adapters
 
-static const Adapter* adapterWith(const Adapter& adapters, const std::string& mac) {
-    for (const Adapter& adapter : adapters) {
-        for (const Adapter& port : adapter.at("ports")) {
-            if (port.at("mac") == mac) {
-                return &adapter;
-            }
-        }
-    }
-    return nullptr;
+static bool hasPort(const Adapter& adapter, const std::string& mac) {
+    const Adapter& ports = adapter.at("ports");
+    return std::any_of(ports.begin(), ports.end(),
+                       [&mac](const Adapter& port) { return port.at("mac") == mac; });
+}
+
+// Null when there is none.
+static Adapter adapterWith(const Adapter& adapters, const std::string& mac) {
+    const auto found = std::find_if(adapters.begin(), adapters.end(),
+                                    [&mac](const Adapter& one) { return hasPort(one, mac); });
+    return found == adapters.end() ? Adapter() : *found;
 }
 
 // The version of a component, which stands alone or in an object.
@@ -96,16 +98,29 @@ static bool isDone(const Json& work) {
                    work.at("outcome"));
 }
 
-// A component of an adapter, told or true.
-using Place = std::pair<const Adapter*, std::string>;
+static std::set<std::string> toldUpdates(const Trial& trial, const Adapter& adapter) {
+    std::set<std::string> components;
+    for (const Json& told : trial.told.at("adapters")) {
+        for (const Json& flash : told.at("flashes")) {
+            if (isDone(flash) && hasPort(adapter, flash.at("mac"))) {
+                components.insert(flash.at("component"));
+            }
+        }
+    }
+    return components;
+}
 
-// What comes along with another component is not told.
-static bool tellsAllFlashes(const Trial& trial, const std::set<Place>& told) {
+// What is told to be updated carries what it does when nothing happens, and all else what it did
+// before, unless it comes along with another component.
+static bool tellsFlashes(const Trial& trial) {
+    const Adapter& before = trial.first.adaptersBefore;
     for (size_t i = 0; i < trial.first.adapters.size(); i++) {
         const Adapter& now = trial.first.adapters[i];
+        const std::set<std::string> updated = toldUpdates(trial, now);
         for (const auto& [component, value] : now.at("components").items()) {
-            if (component != "fcode" && told.count({&now, component}) == 0 &&
-                versionIn(now, component) != versionIn(trial.first.adaptersBefore[i], component)) {
+            const Adapter& right =
+                (updated.count(component) == 1 ? trial.reference.adapters : before)[i];
+            if (component != "fcode" && versionIn(now, component) != versionIn(right, component)) {
                 return false;
             }
         }
@@ -113,32 +128,11 @@ static bool tellsAllFlashes(const Trial& trial, const std::set<Place>& told) {
     return true;
 }
 
-// What is told to be updated carries what it does when nothing happens.
-static bool tellsFlashes(const Trial& trial) {
-    std::set<Place> told;
-    for (const Json& adapter : trial.told.at("adapters")) {
-        for (const Json& flash : adapter.at("flashes")) {
-            const Adapter* now = adapterWith(trial.first.adapters, flash.at("mac"));
-            const Adapter* right = adapterWith(trial.reference.adapters, flash.at("mac"));
-            const std::string component = flash.at("component");
-            if (now == nullptr ||
-                (isDone(flash) && versionIn(*now, component) != versionIn(*right, component))) {
-                return false;
-            }
-            if (isDone(flash)) {
-                told.emplace(now, component);
-            }
-        }
-    }
-    return tellsAllFlashes(trial, told);
-}
-
 static bool tellsStamps(const Trial& trial) {
     for (const Json& one : trial.told.at("adapters")) {
         const Json& written = one.at("stamp").at("written");
-        const Adapter* now = adapterWith(trial.first.adapters, one.at("ports").front().at("mac"));
-        if (!written.is_null() && (now == nullptr || !now->contains("vpd") ||
-                                   now->at("vpd").value("V0", "") != written)) {
+        const Adapter now = adapterWith(trial.first.adapters, one.at("ports").front().at("mac"));
+        if (!written.is_null() && now.value("vpd", Adapter()).value("V0", "") != written) {
             return false;
         }
     }
@@ -150,11 +144,8 @@ static bool tellsSwitches(const Trial& trial) {
     for (const Json& one : trial.told.at("switches")) {
         std::string component = one.at("firmware");
         std::transform(component.begin(), component.end(), component.begin(), ::tolower);
-        const Adapter* now = adapterWith(trial.first.adapters, one.at("mac"));
-        if (now == nullptr) {
-            return false;
-        }
-        const Adapter& value = now->at("components").at(component);
+        const Adapter now = adapterWith(trial.first.adapters, one.at("mac"));
+        const Adapter& value = now.at("components").at(component);
         const bool enabled = !value.is_object() || value.value("enabled", true);
         if (isDone(one) && enabled != enables) {
             return false;
@@ -219,7 +210,7 @@ static bool namesStruckCommand(const Trial& trial) {
 static bool concerns(const Json& problem, const Adapter& adapter) {
     return problem.at("mac").is_null() ||
            isAmong({"stamp-check-failed", "no-end", "no-build-version"}, problem.at("kind")) ||
-           adapterWith(Adapter::array({adapter}), problem.at("mac")) != nullptr;
+           hasPort(adapter, problem.at("mac"));
 }
 
 bool isTold(const Json& problems, const Adapter& adapter) {

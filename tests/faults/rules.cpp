@@ -31,23 +31,23 @@ static nlohmann::json adaptersNow() {
     return nlohmann::json::parse(e2e::readAdapters().at("adapters").dump());
 }
 
-Run perform(const e2e::Texts& arguments, bool apart) {
+Run perform(const e2e::Texts& arguments) {
     const std::string console = "/tmp/console";
+    e2e::writeFile(console, "");
     Run run;
     run.before = packageFiles();
     run.adaptersBefore = adaptersNow();
-    run.result = e2e::run(arguments, [apart, &console] {
-        // Whoever reads the console waits for all that can write to it.
-        const int file = open(console.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
-        for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
-            dup2(apart ? file : stream, stream);
-        }
+    run.result = e2e::run(arguments, [&console] {
+        // Whoever reads a pipe waits for all that can write to it.
+        const int file = open(console.c_str(), O_WRONLY | O_APPEND);
+        dup2(file, STDOUT_FILENO);
+        dup2(file, STDERR_FILENO);
         close(file);
         for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGCHLD}) {
             signal(number, SIG_DFL);
         }
     });
-    run.result.console += apart ? e2e::readFile(console) : "";
+    run.result.console = e2e::readFile(console);
     run.after = packageFiles();
     run.adapters = adaptersNow();
     return run;

@@ -17,9 +17,8 @@ struct Run {
     nlohmann::json adapters;
 };
 
-// Runs the program on the machine as it stands. With `apart`, no command that
-// outlives it is waited for.
-Run perform(const e2e::Texts& arguments, bool apart = false);
+// Runs the program on the machine as it stands. No command that outlives it is waited for.
+Run perform(const e2e::Texts& arguments);
 
 struct Trial {
     Case place;
