@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Holds what zentrix-report writes against golden files, and its data against the schema.
+"""Holds what zentrix-report tells against tables and golden files, and its data against the schema.
 
   tests/report/output_test.py TREE PROGRAM
 
-The logs are those of the transcripts in tests/golden. With REWRITE_GOLDEN in the environment
-the golden files are written anew instead; review what has changed like code.
+The logs are those of cases.py and of the transcripts in tests/golden. With REWRITE_GOLDEN in the
+environment the golden files are written anew instead; review what has changed like code.
 """
 
 import json
@@ -18,6 +18,8 @@ import sys
 import tempfile
 
 import jsonschema
+
+import cases
 
 tree = pathlib.Path(sys.argv[1])
 program = pathlib.Path(sys.argv[2]).resolve()
@@ -51,37 +53,101 @@ def data_of(result, what):
         return {"runs": []}
 
 
+def tell(*logs):
+    """What the last of these logs of one server comes to."""
+    with tempfile.TemporaryDirectory() as place:
+        paths = [pathlib.Path(place) / f"kvlnfwup{at}.log" for at in range(len(logs))]
+        for path, log in zip(paths, logs):
+            path.write_text(log, newline="")
+        return data_of(report("--json", *paths), log[-200:])["runs"][-1] | {"log": None}
+
+
+def told_of(run):
+    def places(problems):
+        for one in problems:
+            place = [(one["mac"] or "")[-1:], one["component"] or "", str(one["line"] or "")]
+            yield f" {one['kind']}({' '.join(filter(None, place))})".replace("()", "")
+
+    status = "-" if run["exitStatus"] is None else run["exitStatus"]
+    told = f"{run['outcome']} {status} {run['operation']}:" + "".join(places(run["problems"]))
+    told += "; remarks:" + "".join(places(run["remarks"])) if run["remarks"] else ""
+    told += "; next:" if run["next"] else ""
+    for step in run["next"]:
+        told += " " + step["code"] + (f"({step['command']})" if step["command"] else "")
+    return told
+
+
 def log_of(transcript):
-    text = transcript.read_bytes().replace(b"${version}", b"1.0.0")
-    return text.split(b"--- /var/log/Marvek_Support/kvlnfwup.log\n", 1)[1]
+    text = (tree / f"tests/golden/{transcript}.txt").read_text().replace("${version}", "1.0.0")
+    return text.split("--- /var/log/Marvek_Support/kvlnfwup.log\n", 1)[1]
+
+
+def check_cases():
+    texts = {}
+    for name, *logs, told in cases.CASES + cases.HISTORIES:
+        run = tell(*logs)
+        expect(told_of(run) == told, f"{name}:\n  told     {told_of(run)}\n  expected {told}")
+        for problem in run["problems"] + run["remarks"]:
+            texts |= {f"{problem['kind']}: {problem[key]}": 1 for key in ("cause", "adapters", "next")}
+        texts |= {f"{step['code']}: {step['text']}": 1 for step in run["next"]}
+    check_golden("texts.txt", "".join(text + "\n" for text in texts))
+
+
+def check_facts():
+    for log, place, fact in cases.FACTS:
+        found = tell(log_of(log) if log in ("update-driverless",) else log)
+        for key in place.split():
+            found = found[int(key) if key.isdigit() else key]
+        expect(found == fact, f"{place}:\n  told     {found}\n  expected {fact}")
+
+
+def check_forged():
+    for name, log in cases.FORGED:
+        run = tell(log)
+        expect(run["outcome"] != "clean" and not run["dryRun"], name)
+        outcomes = [flash["outcome"] for flash in run["adapters"][0]["flashes"]]
+        expect(outcomes[:1] in ([], ["failed"]), f"{name}: {outcomes}")
+
+
+def check_bytes():
+    """The same is told of mailed logs, and wherever the pieces end that a log is read in."""
+    def padded(size):
+        return cases.CUT_FLASH.replace("1 3C01", "-" * size + "\n1 3C01", 1)
+
+    expected = tell(padded(1))
+    expect(tell(padded(1).replace("\n", "\r\n")) == expected, "line ends of mail")
+    for size in range(65536 - len(cases.CUT_FLASH), 65536, 97):
+        expect(tell(padded(size)) == expected, f"{size} bytes before a line")
 
 
 def check_golden(name, written):
     path = golden / name
     if "REWRITE_GOLDEN" in os.environ:
-        path.write_bytes(written)
-    expect(path.read_bytes() == written, f"{name} differs from what is written now")
+        path.write_text(written)
+    expect(path.read_text() == written, f"{name} differs from what is written now")
 
 
 def check_transcripts():
     for transcript in sorted((tree / "tests/golden").glob("*.txt")):
-        log = log_of(transcript)
-        result = report("--json", "-", log=log)
-        data = data_of(result, transcript.name)
         status = int(transcript.read_text().split("--- exit status ")[1].split("\n")[0])
-        expect([run["exitStatus"] for run in data["runs"]] == [status], f"{transcript.name}: status")
-        if transcript.stem in ("outcomes-corrupt", "update-driverless"):
-            check_golden(transcript.name, report("-", log=log).stdout)
-        if transcript.stem == "update-driverless":
-            check_golden(transcript.stem + ".json", result.stdout)
+        told = tell(log_of(transcript.stem))
+        expect(told["exitStatus"] == status, f"{transcript.name}: status")
+    corrupt = report("-", log=log_of("outcomes-corrupt").encode())
+    check_golden("outcomes-corrupt.txt", corrupt.stdout.decode())
+
+
+def check_readme():
+    screen = report("-", log=log_of("update-driverless").encode()).stdout.decode()
+    sample = screen.replace("-:", f"{cases.LOG}:", 1)
+    shown = "".join(f"    {line}".rstrip() + "\n" for line in sample.splitlines())
+    expect(shown in (tree / "README.md").read_text(), f"the README's sample is now\n{shown}")
 
 
 def check_cuts():
     """Wherever a log ends before the line that decides its run, the run was cut off."""
-    log = log_of(tree / "tests/golden/update-driverless.txt")
-    decided = log.index(b"One or more errors")
-    for end in range(60, decided, 997):
-        run = data_of(report("--json", "-", log=log[:end]), f"cut at {end}")["runs"][0]
+    log = log_of("update-driverless")
+    for end in range(60, log.index("One or more errors"), 997):
+        run = tell(log[:end])
         expect(run["outcome"] == "cut-off" and run["exitStatus"] is None, f"cut at {end}")
         expect(run["next"][0]["code"] == "check-nothing-runs", f"cut at {end}: first step")
 
@@ -89,8 +155,8 @@ def check_cuts():
 def check_arguments(place):
     logs = place / "logs"
     logs.mkdir()
-    good = log_of(tree / "tests/golden/update-one.txt")
-    down = log_of(tree / "tests/golden/update-driverless.txt")
+    good = log_of("update-one").encode()
+    down = log_of("update-driverless").encode()
     odd = down.replace(b"2.1.6", b"\xff\x1b[2J\xc2\x9b")
     for at, (name, content) in enumerate([("kvlnfwup.log", good), ("kvlnfwup001.log", down),
                                           ("kvlnfwup002.log", odd), ("other.log", b"")]):
@@ -151,7 +217,7 @@ def check_speed(place):
     """A thousand ordinary logs in two seconds, 100 MB in five, and no more memory for them, in builds that could ship."""
     if "slow" in sys.argv:
         return
-    good = log_of(tree / "tests/golden/update-one.txt")
+    good = log_of("update-one").encode()
     (place / "many").mkdir()
     for i in range(1000):
         (place / f"many/kvlnfwup{i}.log").write_bytes(good)
@@ -168,7 +234,12 @@ def check_speed(place):
     expect(limited.returncode == 0, f"memory: {limited.stderr.decode()}")
 
 
+check_cases()
+check_facts()
+check_forged()
+check_bytes()
 check_transcripts()
+check_readme()
 check_cuts()
 check_page()
 directory = pathlib.Path(tempfile.mkdtemp())
