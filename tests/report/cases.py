@@ -204,3 +204,15 @@ FACTS = [
     (DRIVERLESS, "adapters 0 crc 1", {"mac": MAC2, "outcome": "passed"}),
     (DRIVERLESS, "adapters 0 yb", None),
 ]
+
+# Rows of the reader's table whose texts the tool puts together of columns and labels, and texts of
+# the tool that are commands, rows, or for the console alone.
+COMPOSED = {"ADAPTER MAC    \t<headings>\t\tBUS:DEVICE:FUNC", "-------------------\t<rules>\t\t---",
+            "ISB_CFG<block> version for <MAC> is <version>"}
+NO_LINES = {
+    "Kelvane Firmware Update Log.", 'About to execute: "7"', "7 7 cfg -show vpdyb >>7", "7 7 cfg -show vpdv0 >7",
+    "YB fix is being applied Fix for 7", "Updating 7 failed, adapter is down\t---> Update failed",
+    "Updating 7 failed, firmware corrupted\t---> Update failed", "Build Version is 7",
+    "Another run is under way in this directory, or its flash utility still works. Waiting for it to end (Ctrl-C gives up).",
+    "7 version for 7 is 7", "7 [OPTION]", "The options are:",
+}
