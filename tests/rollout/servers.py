@@ -126,6 +126,8 @@ class Rollout:
         self.package = make_package()
         hosts = {server.name: {"ansible_port": server.port, "ansible_ssh_private_key_file": str(server.dir / "key"),
                                **server.variables} for server in servers}
+        # The controller's own tasks would leave their files in the home that its accounts name.
+        hosts["localhost"] = {"ansible_remote_tmp": str(work / "ansible/remote")}
         known = work / "known_hosts"
         known.write_text("".join((server.dir / "known_host").read_text() for server in servers))
         (work / "inventory.json").write_text(json.dumps({"all": {"hosts": hosts, "vars": {
