@@ -164,8 +164,10 @@ void addNext(const Run& run, const Tasks& tasks, Summary& summary) {
 
 // --- What came before
 
+// A run that found no ports is taken for one of the same server as the log before it.
 static bool isOfServer(const Past& past, const Run& run) {
-    return std::find_first_of(past.macs.begin(), past.macs.end(), run.macs.begin(),
+    return run.macs.empty() ||
+           std::find_first_of(past.macs.begin(), past.macs.end(), run.macs.begin(),
                               run.macs.end()) != past.macs.end();
 }
 
@@ -178,10 +180,15 @@ static bool wasNextStep(const Past& past, const Run& run) {
     return asked && (past.operation == run.operation || past.operation == Operation::none);
 }
 
+// Each run adds the output to a log of its own.
+static std::string withoutLog(const std::string& command) {
+    return command.substr(0, command.find(" >"));
+}
+
 // A run that was cut off says nothing of the trouble before, unless it was cut off in the same
 // command.
 static bool endedAlike(const Past& past, const Run& run) {
-    return !run.cutOff || (!run.cutIn.empty() && run.cutIn == past.cutIn);
+    return !run.cutOff || (!run.cutIn.empty() && withoutLog(run.cutIn) == withoutLog(past.cutIn));
 }
 
 static std::vector<std::string> troublesOf(const Summary& summary) {

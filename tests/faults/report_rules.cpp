@@ -225,33 +225,6 @@ static bool namesStruckCommand(const Trial& trial, const Told& told) {
     return hasProblem(told, failure->kinds, ofPort ? mac : "");
 }
 
-static size_t countOnConsole(const Trial& trial, const std::string& marker) {
-    const std::string& console = trial.first.result.console;
-    size_t count = 0;
-    for (size_t at = console.find(marker); at != std::string::npos;
-         at = console.find(marker, at + 1)) {
-        count++;
-    }
-    return count;
-}
-
-static size_t countProblems(const Told& told, Kinds kinds) {
-    const std::vector<Problem>& problems = told.summary.problems;
-    return static_cast<size_t>(
-        std::count_if(problems.begin(), problems.end(), [&](const Problem& problem) {
-            return std::find(kinds.begin(), kinds.end(), problem.kind) != kinds.end();
-        }));
-}
-
-static bool namesWhatTheConsoleShows(const Trial& trial, const Told& told) {
-    const bool silent = std::string(trial.place.mode->name).compare(0, 2, "-s") == 0;
-    return silent || (countOnConsole(trial, "---> Update failed\n") ==
-                          countProblems(told, {"flash-failed", "image-missing", "adapter-down",
-                                               "firmware-corrupted"}) &&
-                      countOnConsole(trial, "---> failed\n") ==
-                          countProblems(told, {"stamp-failed", "crc-failed", "switch-failed"}));
-}
-
 // What ends a pass, or comes before it, leaves adapters untouched that it doesn't
 // name.
 static bool concerns(const Problem& problem, const Adapter& adapter) {
@@ -293,8 +266,7 @@ static bool namesEveryAdapterLeft(const Trial& trial, const Told& told) {
 bool reportTellsProblems(const Trial& trial) {
     const Told told = tell(trial);
     return trial.place.fault->losesLog ||
-           (namesStruckCommand(trial, told) && namesWhatTheConsoleShows(trial, told) &&
-            namesEveryAdapterLeft(trial, told));
+           (namesStruckCommand(trial, told) && namesEveryAdapterLeft(trial, told));
 }
 
 // Only the first adapter of the mode that has one is down, and one of the rack's

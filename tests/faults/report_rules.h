@@ -1,5 +1,5 @@
 // What zentrix-report must say of every run, judged by what truly happened: the
-// exit status, the console, the adapters, and the fault itself.
+// exit status, the adapters, and the fault itself.
 #pragma once
 
 #include "rules.h"
@@ -33,8 +33,8 @@ bool reportTellsCut(const Trial& trial);
 // has been updated there is told.
 bool reportTellsAdapters(const Trial& trial);
 
-// The command that failed, each failure that the console shows, and every adapter
-// that is not as without the fault has its problem.
+// The command that failed, and every adapter that is not as without the fault, has its
+// problem.
 bool reportTellsProblems(const Trial& trial);
 
 // A run that nothing disturbed has no problems but those of its adapters.

@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "report_rules.h"
+#include "update/exit_status.h"
 
 namespace faults {
 
@@ -69,7 +70,8 @@ static bool statusIsKnown(const Trial& trial) {
     if (trial.place.fault->kills) {
         return status == 128 + SIGKILL;
     }
-    return status == 0 || status == 1 || status == 171 || status == 172;
+    return status == fwup::exitClean || status == fwup::exitErrors ||
+           status == fwup::exitNoDevices || status == fwup::exitAdapterDown;
 }
 
 struct LoggedFailure {
@@ -78,24 +80,24 @@ struct LoggedFailure {
 };
 
 static const std::vector<LoggedFailure> failuresBeforePass = {
-    {"***** REBOOT REQUIRED *****", 1},
-    {"Error! Cannot create temporary file \"q\".\n", 1},
-    {"Error! Unable to locate Kelvane Veltrasia II tool", 171},
-    {"Error! Unable to build Veltrasia II device list.\n", 171},
-    {"Error! Cannot create temporary file for Veltrasia II devices.\n", 171},
-    {"Warning. No Kelvane Veltrasia II adapters found.\n", 171},
-    {"Error! Failed to retrieve device driver information.", 1},
+    {"***** REBOOT REQUIRED *****", fwup::exitErrors},
+    {"Error! Cannot create temporary file \"q\".\n", fwup::exitErrors},
+    {"Error! Unable to locate Kelvane Veltrasia II tool", fwup::exitNoDevices},
+    {"Error! Unable to build Veltrasia II device list.\n", fwup::exitNoDevices},
+    {"Error! Cannot create temporary file for Veltrasia II devices.\n", fwup::exitNoDevices},
+    {"Warning. No Kelvane Veltrasia II adapters found.\n", fwup::exitNoDevices},
+    {"Error! Failed to retrieve device driver information.", fwup::exitErrors},
 };
 
 static const std::vector<LoggedFailure> failuresInPass = {
-    {"!!! Error performing VPDV0 check on device ", 1},
-    {", adapter is down !!!\n", 172},
-    {" because the installed firmware is corrupted.", 1},
-    {" firmware on device ", 1},
+    {"!!! Error performing VPDV0 check on device ", fwup::exitErrors},
+    {", adapter is down !!!\n", fwup::exitAdapterDown},
+    {" because the installed firmware is corrupted.", fwup::exitErrors},
+    {" firmware on device ", fwup::exitErrors},
 };
 
 static int lastFailure(const std::string& log, const std::vector<LoggedFailure>& failures) {
-    int status = 0;
+    int status = fwup::exitClean;
     size_t last = 0;
     for (const LoggedFailure& failure : failures) {
         const size_t at = log.rfind(failure.text);
@@ -130,8 +132,9 @@ static bool statusAgreesWithLog(const Trial& trial) {
 static bool lastWordsAgreeWithStatus(const Trial& trial) {
     const e2e::Result& result = trial.first.result;
     const bool failed =
-        result.status == 171 || (passIn(result.log) != std::string::npos && result.status != 0);
-    const bool done = trial.place.mode->updates && result.status == 0;
+        result.status == fwup::exitNoDevices ||
+        (passIn(result.log) != std::string::npos && result.status != fwup::exitClean);
+    const bool done = trial.place.mode->updates && result.status == fwup::exitClean;
     return endsUntold(trial) ||
            (contains(result.log, "\n\nOne or more errors occurred during ") == failed &&
             contains(result.log, "\n\nUpdate complete. ") == done);
@@ -257,7 +260,7 @@ std::string brokenRules(const Trial& trial) {
 }
 
 bool isUnfinished(const Trial& trial) {
-    return trial.place.mode->updates && trial.first.result.status == 0 &&
+    return trial.place.mode->updates && trial.first.result.status == fwup::exitClean &&
            trial.first.adapters != trial.reference.adapters;
 }
 
