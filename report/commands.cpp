@@ -16,16 +16,12 @@ constexpr size_t commandLimit = 1024;
 // As the tool judges it.
 static FlashOutcome outcomeOf(int code, bool stampForces) {
     switch (code) {
-        case fwup::codeSuccess:
-            return FlashOutcome::updated;
-        case fwup::codeNoUpdateNeeded:
-            return FlashOutcome::notNeeded;
+        case fwup::codeSuccess: return FlashOutcome::updated;
+        case fwup::codeNoUpdateNeeded: return FlashOutcome::notNeeded;
         case fwup::codeNotApplied:
             return stampForces ? FlashOutcome::failed : FlashOutcome::refused;
-        case fwup::codeRebootRequired:
-            return FlashOutcome::rebootNeeded;
-        default:
-            return FlashOutcome::failed;
+        case fwup::codeRebootRequired: return FlashOutcome::rebootNeeded;
+        default: return FlashOutcome::failed;
     }
 }
 

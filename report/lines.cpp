@@ -501,13 +501,10 @@ static bool agrees(Awaited step, bool failed, int code) {
             return true;
         case Awaited::stampCheck:
         case Awaited::stamp:
-        case Awaited::crc:
-            return failed || good;
-        case Awaited::ybFix:
-            return failed || goodAfterReboot;
+        case Awaited::crc: return failed || good;
+        case Awaited::ybFix: return failed || goodAfterReboot;
         case Awaited::blockRemoval:
-        case Awaited::switching:
-            return failed != goodAfterReboot;
+        case Awaited::switching: return failed != goodAfterReboot;
     }
     return false;
 }

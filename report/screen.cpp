@@ -19,12 +19,9 @@ enum class Tint { good, bad, strong };
 
 static const char* codeOf(Tint tint) {
     switch (tint) {
-        case Tint::good:
-            return "\033[32m";
-        case Tint::bad:
-            return "\033[31m";
-        case Tint::strong:
-            return "\033[1m";
+        case Tint::good: return "\033[32m";
+        case Tint::bad: return "\033[31m";
+        case Tint::strong: return "\033[1m";
     }
     return "";
 }

@@ -77,15 +77,9 @@ struct Progress {
 
 static void obey(Progress& progress, const Step& step) {
     switch (step.code) {
-        case StepCode::checkNothingRuns:
-            waitUntilNothingRuns();
-            break;
-        case StepCode::mend:
-            mend(progress.place, step.text);
-            break;
-        case StepCode::loadDriver:
-            loadDrivers();
-            break;
+        case StepCode::checkNothingRuns: waitUntilNothingRuns(); break;
+        case StepCode::mend: mend(progress.place, step.text); break;
+        case StepCode::loadDriver: loadDrivers(); break;
         case StepCode::run:
             progress.options = optionsFor(step, progress.options);
             progress.last = perform(progress.options, progress.place.fault->lingers);

@@ -47,18 +47,13 @@ static Reference undisturbed(const Mode& mode, bool follows) {
 // Where room is short, the last place is one that has enough.
 static unsigned placesOf(const Mode& mode, const Fault& fault, const Reference& reference) {
     switch (fault.places) {
-        case Places::commands:
-            return reference.commands;
-        case Places::calls:
-            return reference.calls;
+        case Places::commands: return reference.commands;
+        case Places::calls: return reference.calls;
         case Places::logPages:
             return static_cast<unsigned>(reference.run.result.log.size() / pageSize) + 2;
-        case Places::files:
-            return 15;
-        case Places::updates:
-            return mode.updates ? 1 : 0;
-        case Places::once:
-            break;
+        case Places::files: return 15;
+        case Places::updates: return mode.updates ? 1 : 0;
+        case Places::once: break;
     }
     return 1;
 }
