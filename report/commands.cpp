@@ -2,9 +2,8 @@
 
 #include <utility>
 
-#include "command_text.h"
 #include "log/flash_tool_code.h"
-#include "tool_line.h"
+#include "text.h"
 
 namespace report {
 

@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "command_text.h"
 #include "commands.h"
 #include "inventory/supported_device.h"
 #include "log/flash_tool_code.h"

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "command_text.h"
 #include "commands.h"
 #include "lines.h"
 

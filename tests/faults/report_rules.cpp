@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <set>
 
-#include "command_text.h"
+#include "text.h"
 #include "input.h"
 #include "names.h"
 
@@ -146,9 +146,10 @@ static bool tellsFlashes(const Trial& trial, const Told& told) {
 static bool tellsStamps(const Trial& trial, const Told& told) {
     for (const report::AdapterSummary& one : told.summary.adapters) {
         const Adapter* adapter = adapterWith(trial.first.adapters, one.ports.front().mac);
-        if (one.stampWritten && !isLie(trial, one.ports.front().mac, "-vpdv0") &&
+        const std::optional<std::string> written = stampWritten(one);
+        if (written && !isLie(trial, one.ports.front().mac, "-vpdv0") &&
             (adapter == nullptr || !adapter->contains("vpd") ||
-             adapter->at("vpd").value("V0", "") != *one.stampWritten)) {
+             adapter->at("vpd").value("V0", "") != *written)) {
             return false;
         }
     }

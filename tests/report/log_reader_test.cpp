@@ -326,7 +326,7 @@ TEST(Report, ReadsBothEntriesOfAMacGivenTwice) {
     const Summary summary = summarize(run);
     ASSERT_EQ(summary.adapters[0].ports.size(), 2U);
     for (const PortSummary& port : summary.adapters[0].ports) {
-        EXPECT_EQ(port.driver, "2.1.6");
+        EXPECT_EQ(port.visit->driver, "2.1.6");
     }
     EXPECT_EQ(summary.adapters[0].ports[1].after->versions[0], "7.12.6");
 }
