@@ -5,6 +5,7 @@ Set `build` (a build directory with 32-bit programs) and `work` (where everythin
 import json
 import os
 import pathlib
+import re
 import shutil
 import socket
 import subprocess
@@ -84,6 +85,12 @@ class Server:
                                "-o", f"UserKnownHostsFile={self.dir / 'known_host'}", "root@127.0.0.1", command],
                               stdout=subprocess.PIPE, text=True).stdout
 
+    def waiting(self):
+        """How many wait there for a run."""
+        home = self.dir / "var/lib/zentrix-rollout"
+        wanted = re.compile(rf"-> FLOCK .*:{home.stat().st_ino} 0 EOF") if home.exists() else None
+        return len(wanted.findall(pathlib.Path("/proc/locks").read_text())) if wanted else 0
+
     def tell(self, word):
         script("server", "tell", self.dir, word)
 
@@ -133,7 +140,7 @@ class Rollout:
         (work / "inventory.json").write_text(json.dumps({"all": {"hosts": hosts, "vars": {
             "ansible_host": "127.0.0.1", "ansible_user": "root", "ansible_python_interpreter": "/usr/bin/python3",
             "ansible_ssh_common_args": f"-o UserKnownHostsFile={known} -o IdentitiesOnly=yes",
-            "zentrix_package_room": 8, "zentrix_log_room": 8, "zentrix_progress_interval": 1, "zentrix_patience": 1800,
+            "zentrix_package_room": 8, "zentrix_log_room": 8, "zentrix_patience": 1800,
             "zentrix_report_program": str(build / "zentrix-report"), "zentrix_results": str(self.results)}}}))
         until("the servers' sshd", lambda: all(server.answers() for server in servers if (server.dir / "console").exists()))
 
@@ -189,7 +196,11 @@ def make_package():
     subprocess.run([build / "mkimage", "--list", work / "images.list"], cwd=work / "images", check=True)
     (work / "utility").write_text(WITNESS)
     (work / "utility").chmod(0o755)
-    script("package", "--any-width", "--build", build, "--flash-tool", work / "utility", "--images", work / "images",
+    # Without the reader, which is large, and not used there.
+    (work / "programs").mkdir()
+    for name in ("zentrix", "package_check"):
+        (work / "programs" / name).symlink_to(build / name)
+    script("package", "--any-width", "--build", work / "programs", "--flash-tool", work / "utility", "--images", work / "images",
            "--build-version", version, "--out", work / "package")
     return work / "package.tar.gz"
 
