@@ -64,7 +64,8 @@ class Rollout:
             "started": "2026-03-02T01:10:00Z" if runs else None,
             "ended": "2026-03-02T01:13:20Z" if runs and runs[-1]["outcome"] != "cut-off" else None,
             "logs": names, "console": f"{name}/console.txt" if runs else None,
-            "next": [step["text"] for step in runs[-1]["next"]] if runs else [], "runs": runs, **more})
+            "next": [step["text"].replace("Run ./", "Roll out again, which runs ./") for step in runs[-1]["next"]] if runs else [],
+            "runs": runs, **more})
 
     def read(self, names):
         if not names:

@@ -36,7 +36,7 @@ ODD = ("hostile", "long")
 UNSEEN = re.compile("[\0-\x08\x0b-\x1f\x7f-\x9f\xad\u200b-\u200f\u2028-\u202e\u2060-\u206f\ufeff]")
 # All that the template itself is made of.
 ELEMENTS = set("""html head meta link title style body header main section footer article h1 h2 h3 p ul ol
-    li dl dt dd a b strong small span code details summary table thead tbody tr th td div time""".split())
+    li dl dt dd a b strong small span code wbr details summary table thead tbody tr th td div time""".split())
 LOOK = """
 const all = [...document.querySelectorAll('*')];
 return {
