@@ -17,9 +17,8 @@ import sys
 import time
 
 import servers
-from servers import Rollout, Server, expect, fault, until, version
-
-NEW = [(version, "7.12.5")]
+from servers import NEW, Rollout, Server, expect, fault, until, version
+from systemd_server import scenario_systemd  # noqa: F401
 
 
 def runs_on(*counts):
@@ -250,12 +249,4 @@ def scenario_collection():
     runs_on((server, 1))
 
 
-reason = servers.begin(sys.argv[1], os.path.join(sys.argv[2], sys.argv[3]))
-if reason:
-    print("skipped:", reason)
-    sys.exit(77)
-try:
-    globals()[f"scenario_{sys.argv[3]}"]()
-finally:
-    servers.end()
-sys.exit(1 if servers.failures else 0)
+sys.exit(servers.main(sys.argv[1], os.path.join(sys.argv[2], sys.argv[3]), globals()[f"scenario_{sys.argv[3]}"]))

@@ -16,6 +16,8 @@ import jsonschema
 tree = pathlib.Path(__file__).resolve().parents[2]
 build = work = None
 version = "7.12b.4.3a"
+# What an adapter carries after an update: stamp and boot code.
+NEW = [(version, "7.12.5")]
 failures = []
 processes = []
 
@@ -26,6 +28,10 @@ flock -n 8 || echo "$$" >>/var/lib/overlap
 case $* in *" upgrade "*) while [ -e /var/lib/hold ]; do sleep 0.1; done ;; esac
 exec /etc/marvek/lnxfwvt2 "$@"
 """
+
+
+class Skipped(Exception):
+    pass
 
 
 def expect(what, seen, wanted):
@@ -209,31 +215,22 @@ def fault(**what):
     return lambda state: state.update(faults=[what])
 
 
-def slow_flash(milliseconds):
-    return fault(command={"verb": "upgrade", "component": "bc"}, delay=milliseconds, times=1)
-
-
-def can_run():
-    if os.geteuid() != 0:
-        return "not root, and virtual servers take root"
-    for program in ("ansible-playbook", "ssh", "/usr/sbin/sshd"):
-        if not shutil.which(program):
-            return f"{program} is missing (script/bootstrap rollout)"
-    if subprocess.run([tree / "script/sandbox", "--whole", "true"], stderr=subprocess.DEVNULL).returncode:
-        return "no namespaces here"
-    # After the magic number: 1 for 32 bits.
-    if (build / "zentrix").read_bytes()[4] != 1 or not pathlib.Path("/lib/ld-linux.so.2").exists():
-        return "no 32-bit program, or no 32-bit loader for it"
-    return None
-
-
 def begin(build_dir, work_dir):
-    """Empties work_dir. Why there can be no virtual servers here, or None."""
+    """Empties work_dir."""
     global build, work
     build, work = pathlib.Path(build_dir).resolve(), pathlib.Path(work_dir).resolve()
     shutil.rmtree(work, ignore_errors=True)
     (work / "servers").mkdir(parents=True)
-    return can_run()
+    if os.geteuid() != 0:
+        raise Skipped("not root, and virtual servers take root")
+    for program in ("ansible-playbook", "ssh", "/usr/sbin/sshd"):
+        if not shutil.which(program):
+            raise Skipped(f"{program} is missing (script/bootstrap rollout)")
+    if subprocess.run([tree / "script/sandbox", "--whole", "true"], stderr=subprocess.DEVNULL).returncode:
+        raise Skipped("no namespaces here")
+    # After the magic number: 1 for 32 bits.
+    if (build / "zentrix").read_bytes()[4] != 1 or not pathlib.Path("/lib/ld-linux.so.2").exists():
+        raise Skipped("no 32-bit program, or no 32-bit loader for it")
 
 
 def end():
@@ -242,3 +239,16 @@ def end():
     for process in processes:
         process.wait()
     processes.clear()
+
+
+def main(build_dir, work_dir, scenario):
+    """The exit status of a test."""
+    try:
+        begin(build_dir, work_dir)
+        scenario()
+    except Skipped as skipped:
+        print("skipped:", skipped)
+        return 77
+    finally:
+        end()
+    return 1 if failures else 0
