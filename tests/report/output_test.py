@@ -57,6 +57,13 @@ def log_of(transcript):
     return text.split(b"--- /var/log/Marvek_Support/kvlnfwup.log\n", 1)[1]
 
 
+def undisturbed(log):
+    """The log as if its first port had a driver and its adapter were up to date."""
+    lines = log.replace(b" is NA.", b" is 2.1.6.").splitlines(keepends=True)
+    kept = b"".join(line for line in lines if b"adapter is down" not in line)
+    return re.sub(rb"One or more errors .*", b"Update complete. The firmware update log has been saved in the log.", kept)
+
+
 def check_golden(name, written):
     path = golden / name
     if "REWRITE_GOLDEN" in os.environ:
@@ -98,8 +105,8 @@ def check_cuts():
 def check_arguments(place):
     logs = place / "logs"
     logs.mkdir()
-    good = log_of(tree / "tests/golden/update-one.txt")
     down = log_of(tree / "tests/golden/update-driverless.txt")
+    good = undisturbed(down)
     odd = down.replace(b"2.1.6", b"\xff\x1b[2J\xc2\x9b")
     for at, (name, content) in enumerate([("kvlnfwup.log", good), ("kvlnfwup001.log", down),
                                           ("kvlnfwup002.log", odd), ("other.log", b"")]):
@@ -166,7 +173,7 @@ def check_speed(place):
     """A thousand ordinary logs in two seconds, 100 MB in five, and no more memory for them, in builds that could ship."""
     if "slow" in sys.argv:
         return
-    good = log_of(tree / "tests/golden/update-one.txt")
+    good = undisturbed(log_of(tree / "tests/golden/update-driverless.txt"))
     (place / "many").mkdir()
     for i in range(1000):
         (place / f"many/kvlnfwup{i}.log").write_bytes(good)

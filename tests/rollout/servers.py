@@ -47,7 +47,7 @@ def script(name, *arguments):
     subprocess.run([tree / "script" / name, *map(str, arguments)], check=True, stderr=subprocess.DEVNULL)
 
 
-def until(what, condition, seconds=180):
+def until(what, condition, seconds=600):
     end = time.monotonic() + seconds
     while not condition():
         if time.monotonic() > end:

@@ -59,7 +59,8 @@ def row(build, place, name, state, reason="", logs=(), **more):
 def one_of_each(tree, build, place):
     confirmed = logs_of_runs(tree, build, place / "runs", [[], ["-v"]])
     rack = logs_of_runs(tree, build, place / "runs", [[]], "rack")
-    one, corrupt, down = (log_of(tree, name) for name in ("update-one", "outcomes-corrupt", "update-driverless"))
+    one = confirmed[0]
+    corrupt, down = (log_of(tree, name) for name in ("outcomes-corrupt", "update-driverless"))
     marker = "/tmp/kvsupdbg-no-f-update.txt exists: a run would flash nothing"
     return [row(build, place, name, state, *reason, logs=logs, **more) for name, state, reason, logs, more in (
         ("web1", "updated", [], [one], {}),
