@@ -52,11 +52,9 @@ def measure(rollout):
 
 
 def bench(count, build, work):
-    reason = servers.begin(build, work)
-    if reason:
-        sys.exit(f"bench: {reason}")
-    rollout = servers.Rollout(*(servers.Server(f"server{number:02}", adapters=servers.slow_flash(1000 * FLASH))
-                                for number in range(count)))
+    servers.begin(build, work)
+    slow = servers.fault(command={"verb": "upgrade", "component": "bc"}, delay=1000 * FLASH, times=1)
+    rollout = servers.Rollout(*(servers.Server(f"server{number:02}", adapters=slow) for number in range(count)))
     wall, cpu, memory = measure(rollout)
     wall2, cpu2, _ = measure(rollout)
     servers.end()
@@ -68,5 +66,7 @@ print("servers limit_s  wall_s  cpu_s memory_MB  MB/fork 2nd_wall_s 2nd_cpu_s")
 try:
     for argument in sys.argv[3:]:
         bench(int(argument), sys.argv[1], sys.argv[2])
+except servers.Skipped as skipped:
+    sys.exit(f"bench: {skipped}")
 finally:
     servers.end()

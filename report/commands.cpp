@@ -2,9 +2,8 @@
 
 #include <utility>
 
-#include "command_text.h"
 #include "log/flash_tool_code.h"
-#include "tool_line.h"
+#include "text.h"
 
 namespace report {
 
@@ -16,16 +15,12 @@ constexpr size_t commandLimit = 1024;
 // As the tool judges it.
 static FlashOutcome outcomeOf(int code, bool stampForces) {
     switch (code) {
-        case fwup::codeSuccess:
-            return FlashOutcome::updated;
-        case fwup::codeNoUpdateNeeded:
-            return FlashOutcome::notNeeded;
+        case fwup::codeSuccess: return FlashOutcome::updated;
+        case fwup::codeNoUpdateNeeded: return FlashOutcome::notNeeded;
         case fwup::codeNotApplied:
             return stampForces ? FlashOutcome::failed : FlashOutcome::refused;
-        case fwup::codeRebootRequired:
-            return FlashOutcome::rebootNeeded;
-        default:
-            return FlashOutcome::failed;
+        case fwup::codeRebootRequired: return FlashOutcome::rebootNeeded;
+        default: return FlashOutcome::failed;
     }
 }
 

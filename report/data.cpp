@@ -46,13 +46,16 @@ static Json versionsOf(const Port* row) {
 }
 
 static Json portData(const PortSummary& port) {
+    const Port* row = port.before;
+    const bool placed = row != nullptr && row->bus != -1;
+    const bool driven = port.visit != nullptr && !isAbsent(port.visit->driver);
     return {{"mac", port.mac},
-            {"label", orNull(port.label)},
-            {"device", orNull(port.device)},
-            {"function", orNull(port.function)},
-            {"driver", orNull(port.driver)},
-            {"down", port.down},
-            {"corrupted", port.corrupted},
+            {"label", row == nullptr ? Json(nullptr) : Json(row->label)},
+            {"device", placed ? Json(row->device) : Json(nullptr)},
+            {"function", placed ? Json(row->function) : Json(nullptr)},
+            {"driver", driven ? Json(port.visit->driver) : Json(nullptr)},
+            {"down", isDown(port)},
+            {"corrupted", port.visit != nullptr && port.visit->corrupted},
             {"before", versionsOf(port.before)},
             {"after", versionsOf(port.after)}};
 }
@@ -77,16 +80,19 @@ static Json adapterData(const AdapterSummary& adapter) {
         flashes.push_back(flashData(*flash));
     }
     Json checks = Json::array();
-    for (const Visit* visit : adapter.checks) {
-        checks.push_back({{"mac", visit->mac}, {"outcome", nameOf(visit->crc)}});
+    for (const Visit* visit : adapter.visits) {
+        if (visit->crc != CrcOutcome::none) {
+            checks.push_back({{"mac", visit->mac}, {"outcome", nameOf(visit->crc)}});
+        }
     }
-    return {{"bus", orNull(adapter.bus)},
-            {"ports", std::move(ports)},
-            {"stamp",
-             {{"before", orNull(adapter.stampBefore)}, {"written", orNull(adapter.stampWritten)}}},
-            {"flashes", std::move(flashes)},
-            {"crc", std::move(checks)},
-            {"yb", orNull(nameOf(adapter.yb))}};
+    return {
+        {"bus", orNull(adapter.bus)},
+        {"ports", std::move(ports)},
+        {"stamp",
+         {{"before", orNull(stampBefore(adapter))}, {"written", orNull(stampWritten(adapter))}}},
+        {"flashes", std::move(flashes)},
+        {"crc", std::move(checks)},
+        {"yb", orNull(nameOf(ybOf(adapter)))}};
 }
 
 static Json problemsData(const std::vector<Problem>& problems) {

@@ -12,7 +12,7 @@
 
 #include "line_cutter.h"
 #include "log_reader.h"
-#include "tool_line.h"
+#include "text.h"
 
 namespace report {
 

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "inventory/component_table.h"
 #include "inventory/device_table.h"
 
 namespace report {
@@ -21,7 +22,7 @@ struct Listing {
     fwup::TableState state = fwup::TableState::beforeHeader;
 };
 
-// One copy of a port's firmware directory: the lines that may tell of a component.
+// One copy of a port's firmware directory.
 struct Directory {
     std::string mac;
     std::vector<std::string> lines;
@@ -38,6 +39,8 @@ struct ListedComponent {
 // goes beyond a bound that no server reaches.
 void takeListed(Listing& listing, std::string_view line);
 void takeListed(Directory& directory, std::string_view line);
+
+bool lists(const Directory& directory, const fwup::IscsiBlock& block);
 
 // The components in the order of their lines, each found as the tool finds it. A
 // line that serves two of them is the first one's.

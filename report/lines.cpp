@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "command_text.h"
 #include "commands.h"
 #include "inventory/supported_device.h"
 #include "log/flash_tool_code.h"
@@ -501,13 +500,10 @@ static bool agrees(Awaited step, bool failed, int code) {
             return true;
         case Awaited::stampCheck:
         case Awaited::stamp:
-        case Awaited::crc:
-            return failed || good;
-        case Awaited::ybFix:
-            return failed || goodAfterReboot;
+        case Awaited::crc: return failed || good;
+        case Awaited::ybFix: return failed || goodAfterReboot;
         case Awaited::blockRemoval:
-        case Awaited::switching:
-            return failed != goodAfterReboot;
+        case Awaited::switching: return failed != goodAfterReboot;
     }
     return false;
 }

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "reader_state.h"
-#include "tool_line.h"
+#include "text.h"
 
 namespace report {
 

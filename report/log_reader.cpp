@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "command_text.h"
 #include "commands.h"
 #include "lines.h"
 
@@ -73,16 +72,11 @@ static std::string_view endOfYb(LogReader& reader, std::string_view line) {
 
 static std::string_view endOfQuote(LogReader& reader, std::string_view line) {
     switch (reader.quote) {
-        case Quote::output:
-            return endOfOutput(reader, line);
-        case Quote::listing:
-            return endOfListing(line);
-        case Quote::directory:
-            return endOfDirectory(reader, line);
-        case Quote::yb:
-            return endOfYb(reader, line);
-        case Quote::none:
-            break;
+        case Quote::output: return endOfOutput(reader, line);
+        case Quote::listing: return endOfListing(line);
+        case Quote::directory: return endOfDirectory(reader, line);
+        case Quote::yb: return endOfYb(reader, line);
+        case Quote::none: break;
     }
     return line;
 }

@@ -14,7 +14,7 @@
 #include "input.h"
 #include "screen.h"
 #include "summary.h"
-#include "tool_line.h"
+#include "text.h"
 
 namespace report {
 

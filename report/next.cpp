@@ -23,8 +23,7 @@ static Known wasForced(const Run& run) {
     return forced;
 }
 
-// Whether a port has such a component; without a table nobody knows, nor of ports that were not
-// read.
+// Whether a port has such a component; without a table nobody knows, nor of ports that were not read.
 static Known carries(const Run& run, bool (*isSuch)(const fwup::Component&)) {
     if (run.before.empty()) {
         return Known::unknown;
@@ -180,9 +179,9 @@ static bool wasNextStep(const Past& past, const Run& run) {
     return asked && (past.operation == run.operation || past.operation == Operation::none);
 }
 
-// Each run names a log of its own behind the command.
+// Each run adds the output to a log of its own.
 static std::string withoutLog(const std::string& command) {
-    return command.substr(0, command.find(" >>"));
+    return command.substr(0, command.find(" >"));
 }
 
 // A run that was cut off says nothing of the trouble before, unless it was cut off in the same

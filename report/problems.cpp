@@ -45,10 +45,15 @@ static const Flash* healingPort(const AdapterSummary& adapter, const Finding& fi
     return healer;
 }
 
-static bool passedLater(const AdapterSummary& adapter, const Finding& finding) {
-    return std::any_of(adapter.checks.begin(), adapter.checks.end(), [&](const Visit* visit) {
-        return visit->line > finding.line && visit->crc == CrcOutcome::passed;
-    });
+// The port of the last check, where one after the finding has passed.
+static std::string passedLater(const AdapterSummary& adapter, const Finding& finding) {
+    std::string last;
+    bool passed = false;
+    for (const Visit* visit : adapter.visits) {
+        last = visit->crc == CrcOutcome::none ? last : visit->mac;
+        passed = passed || (visit->line > finding.line && visit->crc == CrcOutcome::passed);
+    }
+    return passed ? last : "";
 }
 
 // The port that made the finding good; empty when none did. Only a second table can show it.
@@ -59,7 +64,7 @@ static std::string healerOf(const Work& work, const Finding& finding) {
         return "";
     }
     if ((actions & actStayUp) != 0) {
-        return passedLater(*adapter, finding) ? adapter->checks.back()->mac : "";
+        return passedLater(*adapter, finding);
     }
     const bool ofPort = (actions & (actDriver | actSupport)) != 0;
     const Flash* flash = ofPort                      ? healingPort(*adapter, finding)
@@ -145,14 +150,6 @@ static bool isRefusal(const Run& run, const Finding& finding) {
                flash.line < finding.line && flash.outcome == FlashOutcome::failed &&
                flash.exitCode == fwup::codeNotApplied;
     });
-}
-
-static bool lists(const Directory& directory, const fwup::IscsiBlock& block) {
-    return std::any_of(directory.lines.begin(), directory.lines.end(),
-                       [&](const std::string& line) {
-                           return line.find(block.needles[0]) != std::string::npos ||
-                                  line.find(block.needles[1]) != std::string::npos;
-                       });
 }
 
 // A block that was removed through another port, or that no directory of the port lists.

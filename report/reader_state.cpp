@@ -1,6 +1,6 @@
 #include "reader_state.h"
 
-#include "tool_line.h"
+#include "text.h"
 
 namespace report {
 

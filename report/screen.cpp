@@ -19,12 +19,9 @@ enum class Tint { good, bad, strong };
 
 static const char* codeOf(Tint tint) {
     switch (tint) {
-        case Tint::good:
-            return "\033[32m";
-        case Tint::bad:
-            return "\033[31m";
-        case Tint::strong:
-            return "\033[1m";
+        case Tint::good: return "\033[32m";
+        case Tint::bad: return "\033[31m";
+        case Tint::strong: return "\033[1m";
     }
     return "";
 }
@@ -65,17 +62,18 @@ static std::string stampOr(const std::optional<std::string>& stamp, const char* 
 
 static void addPort(Screen& screen, const PortSummary& port) {
     std::string line = "    port " + port.mac;
-    if (port.device && port.function) {
-        line += " at " + std::to_string(*port.device) + "." + std::to_string(*port.function);
+    if (port.before->bus != -1) {
+        line += " at " + std::to_string(port.before->device) + "." +
+                std::to_string(port.before->function);
     }
-    if (port.driver) {
-        line += ", driver " + *port.driver;
+    if (port.visit != nullptr && !isAbsent(port.visit->driver)) {
+        line += ", driver " + port.visit->driver;
     }
     screen.text += line;
-    if (port.down) {
+    if (isDown(port)) {
         screen.text += tinted(screen, Tint::bad, ", DOWN (no driver)");
     }
-    if (port.corrupted) {
+    if (port.visit != nullptr && port.visit->corrupted) {
         screen.text += tinted(screen, Tint::bad, ", FIRMWARE CORRUPTED");
     }
     screen.text += "\n";
@@ -154,15 +152,17 @@ static void addFlashes(Screen& screen, const AdapterSummary& adapter) {
 
 static void addWork(Screen& screen, const AdapterSummary& adapter) {
     addFlashes(screen, adapter);
-    if (!adapter.checks.empty()) {
-        std::string checks;
-        for (const Visit* visit : adapter.checks) {
+    std::string checks;
+    for (const Visit* visit : adapter.visits) {
+        if (visit->crc != CrcOutcome::none) {
             checks += (checks.empty() ? "" : ", ") + visit->mac + " " + nameOf(visit->crc);
         }
+    }
+    if (!checks.empty()) {
         addWrapped(screen, "    CRC check: ", checks);
     }
-    if (adapter.yb != YbOutcome::none) {
-        screen.text += std::string("    field YB: ") + nameOf(adapter.yb) + "\n";
+    if (ybOf(adapter) != YbOutcome::none) {
+        screen.text += std::string("    field YB: ") + nameOf(ybOf(adapter)) + "\n";
     }
 }
 
@@ -183,18 +183,15 @@ static void addAdapter(Screen& screen, const AdapterSummary& adapter, bool isUpd
     }
     std::string title =
         adapter.bus ? "Adapter on bus " + std::to_string(*adapter.bus) : "Adapter on unknown bus";
-    const PortSummary& first = adapter.ports.front();
-    if (first.label) {
-        title += " (" + *first.label + ")";
-    }
+    title += " (" + adapter.ports.front().before->label + ")";
     screen.text += "\n  " + tinted(screen, Tint::strong, title) + "\n";
     for (const PortSummary& port : adapter.ports) {
         addPort(screen, port);
     }
     addVersions(screen, adapter, isUpdate);
     if (isUpdate) {
-        screen.text += "    stamp: " + stampOr(adapter.stampBefore, "unknown") + " -> " +
-                       stampOr(adapter.stampWritten, "not written") + "\n";
+        screen.text += "    stamp: " + stampOr(stampBefore(adapter), "unknown") + " -> " +
+                       stampOr(stampWritten(adapter), "not written") + "\n";
     }
     addWork(screen, adapter);
 }

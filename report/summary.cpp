@@ -19,14 +19,10 @@ static Outcome outcomeOf(const Run& run, bool failed) {
         return Outcome::rebootFirst;
     }
     switch (static_cast<fwup::ExitStatus>(*run.exitStatus)) {
-        case fwup::exitNoDevices:
-            return Outcome::noAdapters;
-        case fwup::exitAdapterDown:
-            return Outcome::adapterDown;
-        case fwup::exitErrors:
-            return Outcome::failed;
-        case fwup::exitClean:
-            return failed ? Outcome::failed : Outcome::clean;
+        case fwup::exitNoDevices: return Outcome::noAdapters;
+        case fwup::exitAdapterDown: return Outcome::adapterDown;
+        case fwup::exitErrors: return Outcome::failed;
+        case fwup::exitClean: return failed ? Outcome::failed : Outcome::clean;
     }
     return Outcome::failed;
 }

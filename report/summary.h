@@ -10,27 +10,27 @@
 
 namespace report {
 
+// What is known of a port: pointers into the run, null where it tells nothing of it.
 struct PortSummary {
     std::string mac;
-    std::optional<std::string> label;
-    std::optional<int> device;
-    std::optional<int> function;
-    std::optional<std::string> driver;
-    bool down = false;
-    bool corrupted = false;
-    const Port* before = nullptr;  // into the run; null where no table has it
+    const Port* before = nullptr;
     const Port* after = nullptr;
+    const Visit* visit = nullptr;  // its last
 };
 
 struct AdapterSummary {
     std::optional<int> bus;
     std::vector<PortSummary> ports;
-    std::optional<std::string> stampBefore;
-    std::optional<std::string> stampWritten;
+    std::vector<const Visit*> visits;
     std::vector<const Flash*> flashes;
-    std::vector<const Visit*> checks;  // whose CRC was checked
-    YbOutcome yb = YbOutcome::none;
 };
+
+// No driver, as the tool or the library says.
+bool isDown(const PortSummary& port);
+
+std::optional<std::string> stampBefore(const AdapterSummary& adapter);
+std::optional<std::string> stampWritten(const AdapterSummary& adapter);
+YbOutcome ybOf(const AdapterSummary& adapter);
 
 struct Problem {
     std::string kind;       // a stable word

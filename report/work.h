@@ -25,7 +25,7 @@ bool isAbsent(const std::string& version);
 void addAdapters(const Run& run, Summary& summary);
 
 // Null when no adapter has the port.
-const AdapterSummary* adapterOf(const Summary& summary, const std::string& mac);
+AdapterSummary* adapterOf(Summary& summary, const std::string& mac);
 
 // What the problems ask for.
 struct Tasks {

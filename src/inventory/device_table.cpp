@@ -36,17 +36,14 @@ bool readTableLine(TableState* state, const char* line, DeviceRow* row) {
                 *state = TableState::afterHeader;
             }
             return false;
-        case TableState::afterHeader:
-            *state = TableState::rows;
-            return false;
+        case TableState::afterHeader: *state = TableState::rows; return false;
         case TableState::rows:
             if (strstr(line, "Quit") != nullptr) {
                 *state = TableState::ended;
                 return false;
             }
             return parseRow(line, row);
-        case TableState::ended:
-            break;
+        case TableState::ended: break;
     }
     return false;
 }

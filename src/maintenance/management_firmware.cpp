@@ -60,9 +60,7 @@ static bool reportSuccess(int code, const char* stem, const char* component, con
                 stem, component, mac);
             puts("\t---> successful (reboot required)");
             return true;
-        default:
-            puts("\t---> failed");
-            return false;
+        default: puts("\t---> failed"); return false;
     }
 }
 

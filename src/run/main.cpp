@@ -31,25 +31,13 @@ static const char* const family = "Veltrasia II";
 // not compile: it would run with the flags of a plain update.
 static void setFlags(RunMode mode) {
     switch (mode) {
-        case silentUpdate:
-            bSilent = 1;
-            break;
-        case forcedUpdate:
-            bForce = 1;
-            break;
-        case silentForcedUpdate:
-            bSilent = bForce = 1;
-            break;
+        case silentUpdate: bSilent = 1; break;
+        case forcedUpdate: bForce = 1; break;
+        case silentForcedUpdate: bSilent = bForce = 1; break;
         case ncsiEnableMode:
-        case ncsiDisableMode:
-            bool_set_ncsi = 1;
-            break;
-        case iscsiConfigUpdate:
-            bool_iscsi_fix = bForce = 1;
-            break;
-        case vtNcsiUpdate:
-            bool_vt_ncsi = bForce = 1;
-            break;
+        case ncsiDisableMode: bool_set_ncsi = 1; break;
+        case iscsiConfigUpdate: bool_iscsi_fix = bForce = 1; break;
+        case vtNcsiUpdate: bool_vt_ncsi = bForce = 1; break;
         case defaultUpdate:
         case versionsMode:
         case usageMode:
@@ -57,8 +45,7 @@ static void setFlags(RunMode mode) {
         case disableMfwMode:
         case crcCheckMode:
         case directoryMode:
-        case iscsiVersionsMode:
-            break;
+        case iscsiVersionsMode: break;
     }
 }
 
@@ -127,28 +114,16 @@ static ExitStatus runOperation(RunMode mode, DeviceHeadTail** list, char* flashT
         case forcedUpdate:
         case silentForcedUpdate:
         case iscsiConfigUpdate:
-        case vtNcsiUpdate:
-            return runUpdate(list, flashTool);
-        case versionsMode:
-            displayFwVersions(*list);
-            break;
-        case disableMfwMode:
-            disableManagementFirmware(*list, flashTool);
-            break;
+        case vtNcsiUpdate: return runUpdate(list, flashTool);
+        case versionsMode: displayFwVersions(*list); break;
+        case disableMfwMode: disableManagementFirmware(*list, flashTool); break;
         case ncsiEnableMode:
-        case ncsiDisableMode:
-            set_ncsi_firmware(*list, flashTool, mode == ncsiEnableMode);
-            break;
-        case directoryMode:
-            perform_dir_command(*list);
-            break;
-        case iscsiVersionsMode:
-            display_iscsicfg_versions(*list);
-            break;
+        case ncsiDisableMode: set_ncsi_firmware(*list, flashTool, mode == ncsiEnableMode); break;
+        case directoryMode: perform_dir_command(*list); break;
+        case iscsiVersionsMode: display_iscsicfg_versions(*list); break;
         case crcCheckMode:  // discovery and inventory are all that it does
         case usageMode:     // has ended before discovery
-        case usageErrorMode:
-            break;
+        case usageErrorMode: break;
     }
     releaseList(list);
     return exitClean;

@@ -44,17 +44,11 @@ static bool parseLettered(char* token, int32_t* number, char* letter) {
 
 static bool parseField(int index, char* token, _build_version_t* out) {
     switch (index) {
-        case 0:
-            return parseDigits(token, &out->v0);
-        case 1:
-            return parseLettered(token, &out->v1D, &out->v1C);
-        case 2:
-            out->v2 = toNumber(token);
-            return true;
-        case 3:
-            return parseLettered(token, &out->v3D, &out->v3C);
-        default:
-            return false;
+        case 0: return parseDigits(token, &out->v0);
+        case 1: return parseLettered(token, &out->v1D, &out->v1C);
+        case 2: out->v2 = toNumber(token); return true;
+        case 3: return parseLettered(token, &out->v3D, &out->v3C);
+        default: return false;
     }
 }
 

@@ -2,7 +2,7 @@
 // happens. One line a case: its name, the broken rules or "-", and "unfinished"
 // where an update that ended well left something undone, or "-".
 //
-//   fault_runs [--sample yes] [--mode M] [--fault F] [--only CASE] [--shard I --shards N]
+//   fault_runs [--mode M] [--fault F] [--only CASE] [--shard I --shards N]
 //
 // Works only inside script/sandbox. script/faults calls it and counts.
 #include <cstdio>
@@ -23,7 +23,7 @@ struct Reference {
 };
 
 static Options parse(int argc, char** argv) {
-    Options options = {{"--sample", ""}, {"--mode", ""},    {"--fault", ""}, {"--only", ""},
+    Options options = {{"--mode", ""},   {"--fault", ""},   {"--only", ""},
                        {"--shard", "0"}, {"--shards", "1"}, {"--follow", ""}};
     for (int i = 1; i + 1 < argc; i += 2) {
         options.at(argv[i]) = argv[i + 1];
@@ -63,13 +63,6 @@ static std::vector<Case> casesOf(const Mode& mode, const Reference& reference, b
         }
     }
     return cases;
-}
-
-// Every fault in every fourth mode, at places that are spread.
-static bool isSampled(const Case& c, unsigned places) {
-    const auto mode = static_cast<unsigned>(c.mode - modes.data());
-    const auto fault = static_cast<unsigned>(c.fault - allFaults.data());
-    return (mode + fault) % 4 == 0 && c.place == 1 + (fault * 31 + mode * 17) % places;
 }
 
 static void showDetails(const Trial& trial) {
@@ -136,10 +129,7 @@ static void runMode(const Options& options, const Mode& mode, unsigned long& num
     const unsigned long shards = std::stoul(options.at("--shards"));
     for (const Case& c : casesOf(mode, reference, follows)) {
         if (isWanted(options.at("--fault"), c.fault->name) &&
-            isWanted(options.at("--only"), nameOf(c)) &&
-            (options.at("--sample").empty() ||
-             isSampled(c, reference.places.at(c.fault->places))) &&
-            number++ % shards == shard) {
+            isWanted(options.at("--only"), nameOf(c)) && number++ % shards == shard) {
             runCase(options, c, reference, seen);
         }
     }

@@ -123,18 +123,6 @@ for signal in TERM INT KILL; do
     clean
 done
 
-# Its programs with it, wherever they are.
-for ((moment = 1; moment <= 40; moment += every)); do
-    setsid "$tree/script/package" --any-width --build build --flash-tool tool --images images \
-        --build-version 7.12b.4.3a --sign good --out out/p >said 2>&1 &
-    sleep "0.$(printf %02d $moment)"
-    kill -KILL -- -$! 2>/dev/null || true
-    wait $! 2>/dev/null || true
-    runs=$((runs + 1))
-    judge "killed after 0.$moment s"
-    clean
-done
-
 full=0
 for ((room = 4; ; room += 4)); do
     mount -n -t tmpfs -o size=${room}k tmpfs out

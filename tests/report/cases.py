@@ -9,6 +9,7 @@ PLAIN = finish(True, row("7.10.4"))
 FAILED = finish(False, row("7.10.4"))
 BOTH_NEW = row("7.12.5") + row("7.12.5", MAC2)
 TURN = BEFORE + PASS + stamped()
+CLEAN = TURN + flash(1, True, 0, SUCCESS) + finish(True)
 CUT_FLASH = TURN + comparing(1) + about(flash_command(True))
 FAILED_FLASH = TURN + flash(1, True, 9, flash_failure(), output="x\nbroken\n")
 DOWN = f"!!! Error updating firmware on {MAC1}, adapter is down !!!\n"
@@ -70,7 +71,7 @@ CASES = [
     # Updates
     ("no build version", BEFORE + PASS + f"\nThe device driver version for {MAC1} is 2.1.6.\n" + PLAIN,
      "failed 0 update: no-build-version(1 26); next: mend run"),
-    ("a clean update", TURN + flash(1, True, 0, SUCCESS) + finish(True), "clean 0 update:"),
+    ("a clean update", CLEAN, "clean 0 update:"),
     ("the same version again, forced by the stamp", TURN + flash(1, True, 0, SUCCESS) + PLAIN,
      "clean 0 update:; remarks: unchanged(1 bc 49)"),
     ("the same version again, not forced", TURN + flash(0, False, 0, SUCCESS) + PLAIN,
@@ -145,7 +146,7 @@ HISTORIES = [
     ("an image that isn't accepted, then",
      CRC_FAILED, TURN + flash(0, True, 70, REFUSED) + PLAIN,
      "failed 0 update: not-accepted(1 bc 53); next: mend support"),
-    ("healed", CRC_FAILED, TURN + flash(0, True, 0, SUCCESS) + finish(True), "clean 0 update:"),
+    ("healed", CRC_FAILED, CLEAN, "clean 0 update:"),
     ("not the run that was asked for",
      CRC_FAILED, TURN + flash(0, False, 9, flash_failure()) + FAILED,
      "failed 1 update: flash-failed(1 bc 53); next: run(./zentrix -f)"),

@@ -183,7 +183,7 @@ def check_cuts():
 def check_arguments(place):
     logs = place / "logs"
     logs.mkdir()
-    good = log_of("update-one").encode()
+    good = cases.CLEAN.encode()
     down = log_of("update-driverless").encode()
     odd = down.replace(b"2.1.6", b"\xff\x1b[2J\xc2\x9b")
     for at, (name, content) in enumerate([("kvlnfwup.log", good), ("kvlnfwup001.log", down),
@@ -269,7 +269,7 @@ def check_speed(place):
     """A thousand ordinary logs in two seconds, 100 MB in five, and no more memory for them, in builds that could ship."""
     if "slow" in sys.argv:
         return
-    good = log_of("update-one").encode()
+    good = cases.CLEAN.encode()
     (place / "many").mkdir()
     for i in range(1000):
         (place / f"many/kvlnfwup{i}.log").write_bytes(good)

@@ -17,10 +17,8 @@ import sys
 import time
 
 import servers
-from servers import Rollout, Server, expect, fault, until, version
-
-NEW = [(version, "7.12.5")]
-OLD = [("7.10a.2.1b", "7.10.4")]
+from servers import NEW, Rollout, Server, expect, fault, until, version
+from systemd_server import scenario_systemd  # noqa: F401
 
 
 def runs_on(*counts):
@@ -34,93 +32,84 @@ def scenario_clean():
     """Every fleet that can be updated; a reboot before and one after; texts that want to be more than texts."""
     driver = "{{7*6}}<b>"
     nasty = "<script>alert(1)</script> {{ 7 * 6 }} \x1b[31m \u202e"
+    asks_for_reboot = {"command": {"verb": "upgrade", "component": "bc"}, "exit": 95}
 
     def hostile(state):
         state["adapters"][0]["ports"][0]["driver"] = driver
-        state["faults"] = [{"command": {"verb": "upgrade", "component": "mba"}, "text": nasty, "times": 1}]
+        state["faults"] = [asks_for_reboot, {"command": {"verb": "upgrade", "component": "mba"}, "text": nasty, "times": 1}]
 
-    one = Server("one", adapters=hostile)
-    (one.dir / "var/log/Marvek_Support").mkdir()
-    (one.dir / "var/log/Marvek_Support/kvlnfwup<b>$(id)\x1b.log").write_text(nasty)
     rack, none = Server("rack", "rack"), Server("none", "none")
     first = Server("first", "duplicate-macs", zentrix_reboot="when-needed")
-    after = Server("after", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=95), zentrix_reboot="when-needed")
-    later = Server("later", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=95))
-    fleet = (one, rack, none, first, after, later)
+    after = Server("after", adapters=fault(**asks_for_reboot), zentrix_reboot="when-needed")
+    later = Server("later", adapters=hostile)
+    (later.dir / "var/log/Marvek_Support").mkdir()
+    (later.dir / "var/log/Marvek_Support/kvlnfwup<b>$(id)\x1b.log").write_text(nasty)
+    fleet = (rack, none, first, after, later)
     rollout = Rollout(*fleet)
 
-    before = {server.name: server.files() for server in fleet}
-    rollout.run("check", 0, "--check", **{server.name: "would-update" for server in fleet})
-    expect("what a check changed", {server.name: server.files() for server in fleet}, before)
-
-    rows = rollout.run("clean", 0, one="updated", rack="updated", none="no-adapters", first="updated", after="updated", later="reboot-needed")
-    for server in (one, first, after, later):
+    rows = rollout.run("clean", 0, rack="updated", none="no-adapters", first="updated", after="updated", later="reboot-needed")
+    for server in (first, after, later):
         expect(f"{server.name} carries", server.carries(), NEW)
     expect("rack's stamps", {stamp for stamp, _ in rack.carries() if stamp}, {version})
     expect("rebooted", [name for name, row in rows.items() if row["rebooted"]], ["first", "after"])
-    runs_on((one, 2), (rack, 1), (none, 1), (first, 2), (after, 2), (later, 1))
+    runs_on((rack, 1), (none, 1), (first, 2), (after, 2), (later, 2))  # its odd file counts
     page = (rollout.results / "report.html").read_text()
     expect("scripts on the page", "<script" in page, False)
-    expect("the driver of one", rows["one"]["runs"][0]["adapters"][0]["ports"][0]["driver"], driver)
-    expect("logs of one", rows["one"]["logs"], ["one/kvlnfwup.log"])
-    expect("the utility's words", nasty in (rollout.results / "one/kvlnfwup.log").read_text(), True)
+    expect("the driver of later", rows["later"]["runs"][0]["adapters"][0]["ports"][0]["driver"], driver)
+    expect("logs of later", rows["later"]["logs"], ["later/kvlnfwup.log"])
+    expect("the utility's words", nasty in (rollout.results / "later/kvlnfwup.log").read_text(), True)
 
     before = {server.name: server.files() for server in fleet}
-    rows = rollout.run("again", 0, one="unchanged", rack="unchanged", none="unchanged", first="unchanged", after="unchanged", later="reboot-needed")
+    rows = rollout.run("again", 0, rack="unchanged", none="unchanged", first="unchanged", after="unchanged", later="reboot-needed")
     expect("what a second rollout changed", {server.name: server.files() for server in fleet}, before)
-    expect("runs of one", [run["log"] for run in rows["one"]["runs"]], ["one/kvlnfwup.log"])
+    expect("runs of later", [run["log"] for run in rows["later"]["runs"]], ["later/kvlnfwup.log"])
     expect("its recap", set(re.findall(r"^(?!localhost).*(changed=\d+)", rollout.output.read_text(), re.M)), {"changed=0"})
 
-    rollout.run("reboot allowed", 0, "-e", "zentrix_reboot=when-needed", one="unchanged", rack="unchanged", none="unchanged",
-                first="unchanged", after="unchanged", later="updated")
-    runs_on((later, 2))
-    rows = rollout.run("adapters expected", 2, "-e", "zentrix_expect_adapters=true", one="unchanged", rack="unchanged", none="failed",
-                       first="unchanged", after="unchanged", later="unchanged")
+    rollout.run("reboot allowed, adapters expected", 2, "-e", '{"zentrix_batches": ["100%"], "zentrix_expect_adapters": true}',
+                "-e", "zentrix_reboot=when-needed", rack="unchanged", none="failed", first="unchanged", after="unchanged", later="updated")
+    runs_on((later, 3), (none, 2))
 
 
-def scenario_canary():
-    """The first server fails, and nobody else is touched; mended, all are updated, the first one by force."""
-    canary, rest = Server("canary", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=1)), Server("rest")
-    rollout = Rollout(canary, rest)
-    untouched = rest.files()
-    rows = rollout.run("canary", 2, canary="failed", rest="not-reached")
-    expect("what was touched", rest.files(), untouched)
-    expect("the reason", "Error updating bc" in rows["canary"]["reason"], True)
+def scenario_failures():
+    """The first server fails, and nobody else is touched; mended, it is updated by force. In the second batch an adapter is down and
+    a systemd starts nothing: the third is not reached, unless it may be."""
+    facts = "/etc/ansible/facts.d"
+    unrecorded = Server("c", boot=f"mkdir -p {facts} && mount -t tmpfs -o ro,mode=755 tmpfs {facts}")
+    canary = Server("a", adapters=fault(command={"verb": "upgrade", "component": "bc"}, exit=1))
+    fleet = [canary, Server("b", "driverless"), unrecorded, Server("d", boot="mkdir -p /run/systemd/system"), Server("e")]
+    rollout = Rollout(*fleet)
+    untouched = [server.files() for server in fleet[1:]]
+    rows = rollout.run("canary", 2, a="failed", b="not-reached", c="not-reached", d="not-reached", e="not-reached")
+    expect("what was touched", [server.files() for server in fleet[1:]], untouched)
+    expect("the reason", "Error updating bc" in rows["a"]["reason"], True)
     expect("canary carries", canary.carries(), [(version, "7.10.4")])
+
     canary.put_state({**canary.state(), "faults": []})
     canary.hold()
-    playbook = rollout.start()
+    package = rollout.package.read_bytes()
+    playbook = rollout.start("-e", '{"zentrix_batches": [1, 3, "100%"]}')
     until("the canary flashes", canary.is_flashing)
     rollout.package.write_bytes(b"Something else by the same name.")
     canary.hold(False)
-    rollout.finish("mended", playbook, 0, canary="updated", rest="updated")
+    rows = rollout.finish("second batch", playbook, 2, a="updated", b="adapter-down", c="updated", d="failed", e="not-reached")
     expect("options", (canary.dir / "var/lib/zentrix-rollout/run/options").read_text(), "-f\n")
-    expect("carry", canary.carries() + rest.carries(), NEW * 2)
-    runs_on((canary, 2), (rest, 1))
-
-
-def scenario_second_batch():
-    """A second batch with an adapter that is down and a systemd that starts nothing: the third is not reached, unless it may be."""
-    facts = "/etc/ansible/facts.d"
-    unrecorded = Server("c", boot=f"mkdir -p {facts} && mount -t tmpfs -o ro,mode=755 tmpfs {facts}")
-    fleet = [Server("a"), Server("b", "driverless"), unrecorded, Server("d", boot="mkdir -p /run/systemd/system"), Server("e")]
-    rollout = Rollout(*fleet)
-    rows = rollout.run("second batch", 2, "-e", '{"zentrix_batches": [1, 3, "100%"]}', a="updated", b="adapter-down", c="updated", d="failed",
-                       e="not-reached")
+    expect("carry", canary.carries() + unrecorded.carries(), NEW * 2)
     expect("b's exit status", rows["b"]["exitStatus"], 172)
     expect("c's reason", "could not be recorded" in rows["c"]["reason"], True)
     expect("d's reason", "the run can't be started" in rows["d"]["reason"], True)
-    runs_on(*zip(fleet, (1, 1, 1, 0, 0)))
+    runs_on(*zip(fleet, (2, 1, 1, 0, 0)))
+
+    rollout.package.write_bytes(package)
     rollout.run("half may fail", 2, "-e", '{"zentrix_batches": [2], "zentrix_max_failures": 50}', a="unchanged", b="adapter-down", c="updated",
                 d="failed", e="updated")
-    runs_on(*zip(fleet, (1, 2, 1, 0, 1)))
+    runs_on(*zip(fleet, (2, 2, 1, 0, 1)))
 
 
 def scenario_unfit():
     """Servers that can't be updated are found before any is touched, or left out."""
     record = "mkdir -p /etc/ansible/facts.d && cd /etc/ansible/facts.d && rm -f zentrix.fact && "
-    fleet = [Server("fit"), Server("marker", boot="touch /tmp/kvsupdbg-no-f-update.txt"), Server("loader", loader="/dev/null"),
-               Server("full", boot="mount -t tmpfs -o size=1m tmpfs /var/log; mount -t tmpfs -o noexec tmpfs /var/lib"), Server("away", listening=False),
+    lacking = "touch /tmp/kvsupdbg-no-f-update.txt; mount -t tmpfs -o size=1m tmpfs /var/log; mount -t tmpfs -o noexec tmpfs /var/lib"
+    fleet = [Server("fit"), Server("lacking", loader="/dev/null", boot=lacking), Server("away", listening=False),
              Server("bare", ansible_python_interpreter="/nowhere/python3"),
              Server("odd", boot=record + """echo '{"started": {"a": 1}}' >zentrix.fact"""),
              Server("dated", boot=record + """echo '{"ended": "2026-02-31T00:00:00Z"}' >zentrix.fact"""),
@@ -132,10 +121,9 @@ def scenario_unfit():
     untouched = fleet[0].files()
     rows = rollout.run("unfit", 2, fit="not-reached", **states)
     expect("what was touched", fleet[0].files(), untouched)
-    for name, word in (("marker", "dry-run marker"), ("loader", "libc6-i386"), ("full", "free for logs"), ("full", "mounted noexec"),
-                       ("away", "can be reached over ssh"),
-                       ("bare", "/nowhere/python3"), ("odd", "right: started"), ("dated", "times"), ("newer", "7.13a.1.1a"), ("endless", "record"),
-                       ("hanging", "Ask what a run needs")):
+    for name, word in (("lacking", "dry-run marker"), ("lacking", "libc6-i386"), ("lacking", "free for logs"), ("lacking", "mounted noexec"),
+                       ("away", "can be reached over ssh"), ("bare", "/nowhere/python3"), ("odd", "right: started"), ("dated", "times"),
+                       ("newer", "7.13a.1.1a"), ("endless", "record"), ("hanging", "Ask what a run needs")):
         expect(f"the reason of {name}", word in rows[name]["reason"], True)
     states["newer"] = "updated"
     rollout.run("left out", 2, "-e", "zentrix_skip_unfit=true", "-e", "zentrix_allow_older=true", fit="updated", **states)
@@ -168,7 +156,7 @@ def scenario_interrupted():
     shutdown.write_text(shutdown.read_text().replace("reboot", "silent"))
     for server in held:
         server.hold()
-    rollout = Rollout(*held, early, begun, asleep, Server("next"))
+    rollout = Rollout(*held, early, begun, asleep)
     playbook = rollout.start("-e", '{"zentrix_batches": [7]}')
     until("all flash", lambda: all(server.is_flashing() for server in held))
     gone.process.terminate()
@@ -180,7 +168,7 @@ def scenario_interrupted():
         server.hold(False)
     silent.tell("back")
     rows = rollout.finish("interrupted", playbook, 2, silent="updated", cut="updated", power="cut-off", gone="unreachable", early="unreachable",
-                          begun="updated", asleep="unreachable", next="not-reached")
+                          begun="updated", asleep="unreachable")
     expect("power's log", rows["power"]["logs"], ["power/kvlnfwup.log"])
     expect("power carries", power.carries(), [(version, "7.10.4")])
     (early.dir / "boot").unlink()
@@ -191,7 +179,7 @@ def scenario_interrupted():
         server.boot()
     until("all are back", lambda: all(server.answers() for server in away))
     rows = rollout.run("taken up", 0, silent="unchanged", cut="unchanged", power="updated", gone="updated", early="updated", begun="unchanged",
-                       asleep="unchanged", next="updated")
+                       asleep="unchanged")
     expect("gone's logs", rows["gone"]["logs"], ["gone/kvlnfwup.log", "gone/kvlnfwup001.log"])
     for server in rollout.servers:
         expect(f"{server.name} carries", server.carries(), NEW)
@@ -199,40 +187,39 @@ def scenario_interrupted():
 
 
 def scenario_found_again():
-    """A run outlives patience and the controller, and is found again; two rollouts at once."""
+    """A run outlives the controller and patience, and is found again; three rollouts at once."""
     one, two, three = fleet = Server("one"), Server("two"), Server("three")
-    one.hold()
+    for server in fleet:
+        server.hold()
     rollout = Rollout(*fleet)
-    rollout.run("patience", 2, "-e", "zentrix_patience=2", one="still-running", two="not-reached", three="not-reached")
     playbook = rollout.start()
-    until("it waits", lambda: "RETRYING: [one]" in rollout.output.read_text())
+    until("it waits", lambda: one.waiting() == 1)
     os.killpg(playbook.pid, signal.SIGKILL)
     playbook.wait()
     expect("still flashing", one.is_flashing(), True)
-    one.hold(False)
-    rollout.run("found again", 0, one="updated", two="updated", three="updated")
-    runs_on(*zip(fleet, (1, 1, 1)))
+    left, = rollout.results.glob("package.*")
+    os.utime(left, (0, 0))
+    rollout.run("patience", 2, "-e", "zentrix_patience=2", one="still-running", two="not-reached", three="not-reached")
+    expect("what was left behind", list(rollout.results.glob("package.*")), [])
 
     # It has looked at all of them and waits for the first, when others update the second with another package and
     # the third with the same.
     other = servers.work / "other.tar.gz"
     other.write_bytes(gzip.compress(gzip.decompress(rollout.package.read_bytes())))
-    for server in fleet:
-        server.hold()
-    playbook = rollout.start("-e", '{"zentrix_force": true, "zentrix_batches": [1, 2]}')
-    until("one flashes", one.is_flashing)
-    output = rollout.output
-    others = [rollout.start("-e", f"zentrix_package={package}", "-e", f"zentrix_hosts={server.name}", "-e", "zentrix_force=true",
-                            "-e", f"zentrix_results={servers.work}/{server.name}") for server, package in ((two, other), (three, rollout.package))]
+    playbook = rollout.start("-e", '{"zentrix_batches": [1, 2]}')
+    # Over there the first of all waits still.
+    until("it waits again", lambda: one.waiting() == 2)
+    others = [rollout.start("-e", f"zentrix_package={package}", "-e", f"zentrix_hosts={server.name}", "-e",
+                            f"zentrix_results={servers.work}/{server.name}") for server, package in ((two, other), (three, rollout.package))]
     until("two and three flash", lambda: two.is_flashing() and three.is_flashing())
     one.hold(False)
-    until("it waits for them", lambda: "RETRYING: [two]" in output.read_text())
+    until("it waits for them", lambda: two.waiting() == three.waiting() == 2)
     two.hold(False)
     three.hold(False)
-    rows = rollout.finish("others", playbook, 2, one="updated", two="failed", three="updated")
+    rows = rollout.finish("found again", playbook, 2, one="updated", two="failed", three="updated")
     expect("the reason", "Another rollout" in rows["two"]["reason"], True)
     expect("the others", [each.wait() for each in others], [0, 0])
-    runs_on(*zip(fleet, (2, 2, 2)))
+    runs_on(*zip(fleet, (1, 1, 1)))
 
 
 def scenario_collection():
@@ -255,16 +242,11 @@ def scenario_collection():
     wrong = ("zentrix_batches=abc", "zentrix_patience=abc", "zentrix_reboot=yes", "zentrix_patiense=3")
     rows = rollout.run("wrong variables", 2, *(word for each in wrong for word in ("-e", each)), one="unfit")
     expect("refused", [each for each in wrong if each.split("=")[0] not in rows["one"]["reason"]], [])
+    before = server.files()
+    rollout.run("check", 0, "--check", one="would-update")
+    expect("what a check changed", server.files(), before)
     rollout.run("by its name", 0, one="updated")
     runs_on((server, 1))
 
 
-reason = servers.begin(sys.argv[1], os.path.join(sys.argv[2], sys.argv[3]))
-if reason:
-    print("skipped:", reason)
-    sys.exit(77)
-try:
-    globals()[f"scenario_{sys.argv[3]}"]()
-finally:
-    servers.end()
-sys.exit(1 if servers.failures else 0)
+sys.exit(servers.main(sys.argv[1], os.path.join(sys.argv[2], sys.argv[3]), globals()[f"scenario_{sys.argv[3]}"]))

@@ -1,26 +1,18 @@
-#!/usr/bin/python3
-"""Rolls out to a server where a real systemd runs, and to what else is seldom at hand.
-
-    tests/rollout/systemd_test.py BUILD_DIR WORK_DIR
-
-It takes the trees of `script/server trees`. The exit status is 77 where they aren't, or can't be booted.
-"""
-import os
+"""A server where a real systemd runs, and one with an old C library, in the trees of `script/server trees`."""
 import shutil
-import sys
 import time
 
-import servers
-from servers import Rollout, Server, expect, tree, until, version
+from servers import NEW, Rollout, Server, Skipped, expect, tree, until
 
-NEW = [(version, "7.12.5")]
 HOME = "/var/lib/zentrix-rollout"
 # Lines that old versions of systemd don't know.
 LINES = ("KillSignal", "SendSIGKILL", "TimeoutStopSec", "OOMScoreAdjust", "ManagedOOMPreference")
 
 
 def configure(server):
-    """Whatever stays after a logout is killed, and so is in two seconds whatever may be killed at all."""
+    """Whatever stays after a logout is killed, and so is in two seconds whatever may be killed at all. No login waits for a
+    service manager of root's own."""
+    (server.dir / "etc/systemd/system/user@0.service").symlink_to("/dev/null")
     for program, section, line in (("logind", "Login", "KillUserProcesses=yes"), ("system", "Manager", "DefaultTimeoutStopSec=2s")):
         (server.dir / f"etc/systemd/{program}.conf.d").mkdir()
         (server.dir / f"etc/systemd/{program}.conf.d/strict.conf").write_text(f"[{section}]\n{line}\n")
@@ -43,7 +35,22 @@ def finish_flash(server):
     server.hold(False)
 
 
-def scenario(server, old):
+def boot():
+    trees = tree / "build/trees"
+    if not ((trees / "systemd").exists() and (trees / "old-loader").exists() and shutil.which("systemd-nspawn")):
+        raise Skipped("no trees in which a real systemd could boot (script/server trees)")
+    server = Server("systemd", tree=trees / "systemd", listening=False, zentrix_library_directory="/etc/marvek")
+    configure(server)
+    try:
+        until("systemd", server.answers, 200)
+    except TimeoutError:
+        raise Skipped("systemd doesn't boot here: " + (server.dir / "console").read_text()[-200:]) from None
+    return server, Server("old", loader=trees / "old-loader/lib/ld-linux.so.2")
+
+
+def scenario_systemd():
+    """The session ends, somebody stops the unit, or reboots; and systemds that know less, or start nothing."""
+    server, old = boot()
     rollout = Rollout(server, old)
     rollout.run("check", 0, "--check", systemd="would-update", old="would-update")
 
@@ -78,7 +85,7 @@ def scenario(server, old):
         expect(f"a run without {line}", server.do(f"cat {HOME}/run/id {HOME}/run/status"), f"{line}\n0\n")
     expect("lines not known", server.do("journalctl -b -o cat | grep -o \"^[^ ]*: Unknown key[^,]*\" | grep -o 'New[A-Za-z]*'").split(),
            [f"New{line}" for line in LINES])
-    said = server.do(f"mount -o bind,ro {HOME} {HOME}; sh {start % 'unwritten'} -v 2>&1; umount {HOME}")
+    said = server.do(f"mount -o bind,ro {HOME}/run {HOME}/run; sh {start % 'unwritten'} -v 2>&1; umount {HOME}/run")
     expect("a unit that fails", "Result=exit-code" in said, True)
     (server.dir / "root/late").write_text(f"sh {start % 'late'} -v >/root/said 2>&1\necho $? >>/root/said\n")
     server.do("systemd-run -p RemainAfterExit=yes -p ExecStop='/bin/sh /root/late' true")
@@ -86,24 +93,3 @@ def scenario(server, old):
     said = (server.dir / "root/said").read_text()
     expect("a start while the server shuts down", ("is destructive" in said, said.splitlines()[-1]), (True, "1"))
     expect("the last run", server.do(f"cat {HOME}/run/id"), f"{LINES[-1]}\n")
-
-
-reason = servers.begin(sys.argv[1], os.path.join(sys.argv[2], "systemd"))
-trees = tree / "build/trees"
-if not reason and not ((trees / "systemd").exists() and (trees / "old-loader").exists() and shutil.which("systemd-nspawn")):
-    reason = "no trees in which a real systemd could boot (script/server trees)"
-try:
-    if not reason:
-        booted = Server("systemd", tree=trees / "systemd", listening=False, zentrix_library_directory="/etc/marvek")
-        configure(booted)
-        try:
-            until("systemd", booted.answers, 200)
-        except TimeoutError:
-            reason = "systemd doesn't boot here: " + (booted.dir / "console").read_text()[-200:]
-    if reason:
-        print("skipped:", reason)
-        sys.exit(77)
-    scenario(booted, Server("old", loader=trees / "old-loader/lib/ld-linux.so.2"))
-finally:
-    servers.end()
-sys.exit(1 if servers.failures else 0)
