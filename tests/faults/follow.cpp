@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <regex>
-#include <stdexcept>
 
 #include "report_rules.h"
 
@@ -24,7 +23,7 @@ struct Progress {
     unsigned rounds = 0;
 };
 
-static void waitUntilNothingRuns(Progress&, const Json&) {
+static void waitUntilNothingRuns() {
     const auto isOurs = [](const fs::directory_entry& process) {
         const std::string name = e2e::readFile(process.path() / "comm");
         return name == "zentrix\n" || name == "lnxfwvt2\n";
@@ -34,7 +33,7 @@ static void waitUntilNothingRuns(Progress&, const Json&) {
     }
 }
 
-static void loadDrivers(Progress&, const Json&) {
+static void loadDrivers() {
     Json adapters = e2e::readAdapters();
     for (Json& adapter : adapters["adapters"]) {
         for (Json& port : adapter["ports"]) {
@@ -45,10 +44,8 @@ static void loadDrivers(Progress&, const Json&) {
 }
 
 // What is to be mended is what the fault is about, or nothing can be done about it here.
-static void mend(Progress& progress, const Json& step) {
-    const char* mended = progress.place.fault->mended;
-    if (mended != nullptr &&
-        std::regex_search(step.at("text").get<std::string>(), std::regex(mended))) {
+static void mend(const Case& c, const std::string& text) {
+    if (c.fault->mended != nullptr && std::regex_search(text, std::regex(c.fault->mended))) {
         liftFaults();
     }
 }
@@ -77,30 +74,18 @@ static void run(Progress& progress, const Json& step) {
     progress.rounds++;
 }
 
-static void doNothing(Progress&, const Json&) {
-}
-
-static const struct {
-    const char* code;
-    void (*obey)(Progress&, const Json&);
-} steps[] = {
-    {"check-nothing-runs", waitUntilNothingRuns},
-    {"stay-up", doNothing},
-    {"mend", mend},
-    {"load-driver", loadDrivers},
-    {"reboot", doNothing},  // virtual adapters need none for what they were told
-    {"run", run},
-};
-
-static void obey(Progress& progress, const Json& next) {
-    for (const Json& step : next) {
-        const auto known = std::find_if(std::begin(steps), std::end(steps), [&](const auto& row) {
-            return step.at("code") == row.code;
-        });
-        if (known == std::end(steps)) {
-            throw std::runtime_error("a step that nobody knows: " + step.dump());
-        }
-        known->obey(progress, step);
+// The other steps are done by doing nothing here: virtual adapters need no reboot for what they
+// were told.
+static void obey(Progress& progress, const Json& step) {
+    const std::string code = step.at("code");
+    if (code == "check-nothing-runs") {
+        waitUntilNothingRuns();
+    } else if (code == "mend") {
+        mend(progress.place, step.at("text"));
+    } else if (code == "load-driver") {
+        loadDrivers();
+    } else if (code == "run") {
+        run(progress, step);
     }
 }
 
@@ -152,7 +137,9 @@ static Ending followSteps(Progress& progress, const nlohmann::json& goal, bool s
         if (runs && progress.rounds == roundLimit) {
             return {"goes-round", "-"};
         }
-        obey(progress, next);
+        for (const Json& step : next) {
+            obey(progress, step);
+        }
         if (!runs) {
             return judge(progress, told, goal);
         }
@@ -176,7 +163,7 @@ nlohmann::json followUndisturbed(const Mode& mode) {
 Ending follow(const Case& c, const nlohmann::json& goal, bool shown) {
     Progress progress = begin(c);
     Ending ending = followSteps(progress, goal, shown);
-    waitUntilNothingRuns(progress, {});
+    waitUntilNothingRuns();
     if (ending.how == "support" && c.fault == &allFaults.front()) {
         ending.broken = "needs-no-support";
     }
