@@ -13,9 +13,11 @@ CLEAN = TURN + flash(1, True, 0, SUCCESS) + finish(True)
 CUT_FLASH = TURN + comparing(1) + about(flash_command(True))
 FAILED_FLASH = TURN + flash(1, True, 9, flash_failure(), output="x\nbroken\n")
 DOWN = f"!!! Error updating firmware on {MAC1}, adapter is down !!!\n"
+ODD_LINES = f'rm "{MAC1}"\nAbout to execute: "rm\nAbout to execute: "rm x"\n'
 NOT_STAMPED = f" !!! Error performing vpd-v0 update on device {MAC1} !!!\n"
 NO_TOOL = (TITLE + NO_DUPLICATES + "\nError! Unable to locate Kelvane Veltrasia II tool (./x).\n"
            + summary(False) + END)
+DRIVERLESS = "update-driverless"  # a transcript
 REBOOT_FIRST = "\n\n  ***** REBOOT REQUIRED ***** \n\n"
 
 
@@ -24,7 +26,8 @@ def versions(boot, ncsi):
     return dict.fromkeys(columns) | {"boot": boot, "ncsi": ncsi}
 
 
-# Name, log, and "outcome status operation: problems; remarks: ...; next: codes, a run's command".
+# Name, log, and "outcome status operation: problems; remarks: ...; flashes: ...; next: codes, a
+# run's command".
 # Behind a problem stand the last digit of its port, its component and its line.
 CASES = [
     # Runs that end early
@@ -71,36 +74,42 @@ CASES = [
     # Updates
     ("no build version", BEFORE + PASS + f"\nThe device driver version for {MAC1} is 2.1.6.\n" + PLAIN,
      "failed 0 update: no-build-version(1 26); next: mend run"),
-    ("a clean update", CLEAN, "clean 0 update:"),
+    ("a clean update", CLEAN, "clean 0 update:; flashes: bc updated"),
     ("the same version again, forced by the stamp", TURN + flash(1, True, 0, SUCCESS) + PLAIN,
-     "clean 0 update:; remarks: unchanged(1 bc 49)"),
+     "clean 0 update:; remarks: unchanged(1 bc 49); flashes: bc updated"),
     ("the same version again, not forced", TURN + flash(0, False, 0, SUCCESS) + PLAIN,
-     "failed 0 update: not-written(1 bc 49); next: run(./zentrix -f)"),
+     "failed 0 update: not-written(1 bc 49); flashes: bc updated; next: run(./zentrix -f)"),
     ("an image that isn't accepted", TURN + flash(0, False, 70, REFUSED) + PLAIN,
-     "failed 0 update: not-accepted(1 bc 53); next: mend run(./zentrix)"),
+     "failed 0 update: not-accepted(1 bc 53); flashes: bc not-accepted; next: mend run(./zentrix)"),
     ("an image that isn't accepted, forced by the stamp",
      TURN + flash(1, True, 70, flash_failure()) + crc(True) + FAILED,
-     "failed 1 update: flash-failed(1 bc 53); next: mend run"),
+     "failed 1 update: flash-failed(1 bc 53); flashes: bc failed; next: mend run"),
     ("a failed flash", FAILED_FLASH + crc(True) + FAILED,
-     "failed 1 update: flash-failed(1 bc 55); next: run(./zentrix -f)"),
+     "failed 1 update: flash-failed(1 bc 55); flashes: bc failed; next: run(./zentrix -f)"),
     ("a failed flash and a damaged adapter", FAILED_FLASH + crc(False) + FAILED,
-     "failed 1 update: flash-failed(1 bc 55) crc-failed(1 64); next: stay-up run(./zentrix -f)"),
+     "failed 1 update: flash-failed(1 bc 55) crc-failed(1 64); flashes: bc failed;"
+     " next: stay-up run(./zentrix -f)"),
     ("a failed flash that another port healed", BOTH + FAILED_FLASH[len(BEFORE):] + crc(False)
      + stamped(MAC2) + flash(0, False, 0, SUCCESS, MAC2) + crc(True, MAC2) + finish(False, BOTH_NEW),
-     "failed 1 update: flash-failed(1 bc 56) crc-failed(1 65)"),
+     "failed 1 update: flash-failed(1 bc 56) crc-failed(1 65); flashes: bc failed, bc updated"),
     ("a port that is down", TURN + DOWN + crc(True) + FAILED,
      "adapter-down 172 update: adapter-down(1 48); next: load-driver run(./zentrix -f)"),
     ("a port that is down, and one that isn't", BOTH + PASS + stamped() + DOWN + crc(True)
      + stamped(MAC2) + flash(1, True, 0, SUCCESS, MAC2) + crc(True, MAC2) + finish(False, BOTH_NEW),
-     "adapter-down 172 update: adapter-down(1 49); next: load-driver"),
+     "adapter-down 172 update: adapter-down(1 49); flashes: bc updated; next: load-driver"),
+    ("a port that is down, and no list for the CRC check", TURN + DOWN +
+     "\nError! Unable to build Veltrasia II device list.\n" + FAILED,
+     "failed 1 update: adapter-down(1 48) no-device-list(50);"
+     " next: mend load-driver run(./zentrix -f)"),
     ("reboot needed", TURN + flash(1, True, 95, "*** Update successful, reboot needed ***\n\n") + PLAIN,
-     "clean 0 update:; next: reboot"),
+     "clean 0 update:; flashes: bc updated-reboot-needed; next: reboot"),
     ("a code that nobody knows, and success", TURN + flash(1, True, 96, SUCCESS) + finish(True),
-     "failed 0 update: doubtful(53); next: mend run(./zentrix -f)"),
+     "failed 0 update: doubtful(53); flashes: bc failed; next: mend run(./zentrix -f)"),
     ("a failure, and code 0", TURN + flash(1, True, 0, flash_failure()) + finish(True),
-     "failed 0 update: doubtful(53) flash-failed(1 bc 53); next: mend run(./zentrix -f)"),
+     "failed 0 update: doubtful(53) flash-failed(1 bc 53); flashes: bc failed;"
+     " next: mend run(./zentrix -f)"),
     ("a flash without outcome", TURN + flash(1, True, 0, "") + finish(True),
-     "failed 0 update: doubtful(54); next: mend run(./zentrix -f)"),
+     "failed 0 update: doubtful(54); flashes: bc updated; next: mend run(./zentrix -f)"),
     ("an update without summary", TURN + END,
      "cut-off - update: no-end(1 51); next: check-nothing-runs mend mend run(./zentrix -f)"),
     ("a component that the first table lacks",
@@ -113,20 +122,24 @@ CASES = [
      "failed 1 update: not-read(1 16) firmware-corrupted(1 46); next: run"),
     ("a dry run", TURN + comparing(1) + about(flash_command(True)) +
      f'\nSkipping command: "{flash_command(True)}"\n' + SUCCESS + PLAIN,
-     "clean 0 update: held-back(53); next: mend run(./zentrix -f)"),
+     "clean 0 update: held-back(53); flashes: bc held-back; next: mend run(./zentrix -f)"),
     ("trouble after the pass", TURN + execute(f"rm {MAC1}") +
      "\nError! Unable to locate Kelvane Veltrasia II tool (./x).\n" + summary(True) + END,
      "failed 0 update: no-utility(52); next: mend run"),
     # The run to repeat
     ("a cut flash", CUT_FLASH + "10 %",
-     "cut-off - update: no-end(1 bc 52); next: check-nothing-runs stay-up mend mend run(./zentrix -f)"),
+     "cut-off - update: no-end(1 bc 52); flashes: bc cut-off;"
+     " next: check-nothing-runs stay-up mend mend run(./zentrix -f)"),
     ("a cut flash of a plain run", TURN + comparing(0) + about(flash_command(False)),
-     "cut-off - update: no-end(1 bc 51); next: check-nothing-runs stay-up mend mend run(./zentrix -f)"),
+     "cut-off - update: no-end(1 bc 51); flashes: bc cut-off;"
+     " next: check-nothing-runs stay-up mend mend run(./zentrix -f)"),
     ("a cut flash of what may have been to remove blocks",
      WITH_ISCSI + CUT_FLASH[len(BEFORE):],
-     "cut-off - update: no-end(1 bc 51); next: check-nothing-runs stay-up mend mend run"),
+     "cut-off - update: no-end(1 bc 51); flashes: bc cut-off;"
+     " next: check-nothing-runs stay-up mend mend run"),
     ("blocks that were to be removed", WITH_ISCSI + PASS + stamped() + removal("cfg", 0) + about("x"),
-     "cut-off - update: no-end(1 53); next: check-nothing-runs mend mend run(./zentrix -iscsicfgupdate)"),
+     "cut-off - update: no-end(1 53);"
+     " next: check-nothing-runs mend mend run(./zentrix -iscsicfgupdate)"),
     ("a block that isn't there", WITH_ISCSI + PASS + stamped() + removal("cfg2", 6)
      + finish(True, row("7.10.4", iscsi="7.6.3")), "clean 0 update:; remarks: no-block(1 isb_cfg2 51)"),
     ("a block that is left", WITH_ISCSI + PASS + stamped(content="isb_cfg2 1\n") + removal("cfg2", 6)
@@ -137,21 +150,60 @@ CASES = [
      "cut-off - update: no-end(1 55); next: check-nothing-runs mend mend run"),
 ]
 
+# Lines of trouble that an update goes on after, and what is told of them.
+CASES += [(text, TURN + text + "\n" + PLAIN, "failed 0 update: " + told) for text, told in [
+    (f"Error! Unable to create resources for device {MAC1}.",
+     "no-device-resources(1 48); next: mend run"),
+    ("Error! Cannot create temporary file for Veltrasia II devices.",
+     "no-listing-file(48); next: mend run"),
+    ("Warning. No Kelvane Veltrasia II adapters found.", "no-adapters(48); next: mend run"),
+    (f"Error 9: Cannot access {MAC1} information file.", "no-directory(1 48); next: mend run"),
+    ("Error! Unable to create resources for ptr_phy_list.", "no-nic-resources(48); next: mend"),
+    (f"!!! Error performing CRC check on device {MAC1}, adapter is down !!!",
+     "crc-down(1 48); next: load-driver"),
+    ('Error! Cannot create temporary file "y".', "no-temporary-file(48); next: mend run"),
+]]
+CASES += [
+    ("a failed stamp", BEFORE + PASS + visit(NOT_STAMPED) + PLAIN,
+     "failed 0 update: stamp-failed(1 46); next: mend run"),
+    ("a stamp that can't be read", BEFORE + PASS + unread_stamp() + FAILED,
+     "failed 1 update: stamp-check-failed(1 36); next: mend run"),
+    ("a field YB repaired", BEFORE + PASS + yb_fix(0) + stamped() + PLAIN, "clean 0 update:"),
+    ("a field YB that could not be repaired", BEFORE + PASS + yb_fix(9) + stamped() + PLAIN,
+     "failed 0 update: yb-failed(1 35); next: run"),
+    ("no update needed", TURN + flash(0, False, 35, "*** No update needed ***\n\n") + PLAIN,
+     "clean 0 update:; flashes: bc not-needed"),
+    ("directories with odd lines", BEFORE.split(TABLE)[0] + directory(ODD_LINES)
+     + directory(ODD_LINES, MAC2) + execute(f"rm {MAC1}") + END, "clean 0 directory:"),
+    ("a list with odd lines", TITLE + NO_DUPLICATES +
+     listing("1 3C01 020000000001\n" + ODD_LINES) + END, "clean 0 none:"),
+    ("a transcript of many outcomes", "outcomes-corrupt",
+     "failed 1 update: image-missing(1 bc 71) flash-failed(1 mfw1 81) flash-failed(1 ncsi 103)"
+     " stamp-failed(3 172) firmware-corrupted(3 174) crc-failed(3 197); flashes: bc image-missing,"
+     " mfw1 failed, mba updated-reboot-needed, l2t not-needed, ncsi failed;"
+     " next: stay-up support mend mend mend run(./zentrix -f) reboot"),
+    ("a transcript of a port that is down", DRIVERLESS,
+     "adapter-down 172 update: adapter-down(1 66); flashes: bc updated, ncsi updated;"
+     " next: load-driver"),
+]
+
 # Pairs of logs of one server, and what is told of the second.
 CRC_FAILED = FAILED_FLASH + crc(False) + FAILED
 CUT_AGAIN = CUT_FLASH.replace("kvlnfwup.log", "kvlnfwup001.log")
 HISTORIES = [
     ("the same again", CRC_FAILED, CRC_FAILED,
-     "failed 1 update: flash-failed(1 bc 55) crc-failed(1 64); next: stay-up support"),
+     "failed 1 update: flash-failed(1 bc 55) crc-failed(1 64); flashes: bc failed;"
+     " next: stay-up support"),
     ("an image that isn't accepted, then",
      CRC_FAILED, TURN + flash(0, True, 70, REFUSED) + PLAIN,
-     "failed 0 update: not-accepted(1 bc 53); next: mend support"),
-    ("healed", CRC_FAILED, CLEAN, "clean 0 update:"),
+     "failed 0 update: not-accepted(1 bc 53); flashes: bc not-accepted; next: mend support"),
+    ("healed", CRC_FAILED, CLEAN, "clean 0 update:; flashes: bc updated"),
     ("not the run that was asked for",
      CRC_FAILED, TURN + flash(0, False, 9, flash_failure()) + FAILED,
-     "failed 1 update: flash-failed(1 bc 53); next: run(./zentrix -f)"),
+     "failed 1 update: flash-failed(1 bc 53); flashes: bc failed; next: run(./zentrix -f)"),
     ("cut off in the same command", CUT_FLASH, CUT_AGAIN,
-     "cut-off - update: no-end(1 bc 51); next: check-nothing-runs stay-up mend mend support"),
+     "cut-off - update: no-end(1 bc 51); flashes: bc cut-off;"
+     " next: check-nothing-runs stay-up mend mend support"),
     ("cut off in another", CUT_FLASH, TURN,
      "cut-off - update: no-end(1 47); next: check-nothing-runs mend mend run(./zentrix -f)"),
     ("no tool again", NO_TOOL, NO_TOOL, "no-adapters 171 none: no-utility(7); next: mend support"),
@@ -183,7 +235,6 @@ FORGED += [(f"a forged stamp: {text[-40:]!r}", BEFORE + PASS + visit(NOT_STAMPED
 # Logs, and what stands in a place of the data.
 MAC_TWICE = (BEFORE + row("7.10.4") + PASS + stamped() + flash(1, True, 0, SUCCESS)
              + finish(True, row("7.12.5") + row("7.12.6")))
-DRIVERLESS = "update-driverless"
 FACTS = [
     (MAC_TWICE, "adapters 0 ports 1 driver", "2.1.6"),
     (MAC_TWICE, "adapters 0 ports 1 after boot", "7.12.6"),

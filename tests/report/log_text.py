@@ -52,6 +52,22 @@ def visit(outcome, content="bc1\n", mac=MAC1):
             + execute(stamp) + directory(content, mac) + outcome)
 
 
+def unread_stamp():
+    show = f"./lnxfwvt2 {MAC1} cfg -show vpdv0 >{MAC1}_VPD_V0_Data1.log \n"
+    return (f"\nThe device driver version for {MAC1} is 2.1.6.\n\n"
+            f"Checking VPD-V0 data for device {MAC1} did: 1 ssid: 2 \n {show}" + execute(show, 1)
+            + f"\n!!! Error performing VPDV0 check on device {MAC1} !!!\n\n")
+
+
+def yb_fix(code):
+    """A wrong field YB, before the rest of the port's turn."""
+    show = f"./lnxfwvt2 {MAC1} cfg -show vpdyb >>YB_Data1.log \n"
+    ending = "!!! Error" if code else "*** Successfully completed"
+    return (show + execute(show) + "VPD YB: x\n"
+            + execute(f'./lnxfwvt2 {MAC1} cfg -vpdyb "x" >>{LOG}', code)
+            + f"{ending} performing YB fix on device {MAC1} {ending[:3]}\n\n")
+
+
 def stamped(mac=MAC1, content="bc1\n"):
     done = f"*** Successfully completed vpd-v0 update on device {mac} ***\n\n"
     return visit(done, content, mac)

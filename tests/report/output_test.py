@@ -58,7 +58,7 @@ def tell(*logs):
     with tempfile.TemporaryDirectory() as place:
         paths = [pathlib.Path(place) / f"kvlnfwup{at}.log" for at in range(len(logs))]
         for path, log in zip(paths, logs):
-            path.write_text(log, newline="")
+            path.write_bytes(log.encode())
         return data_of(report("--json", *paths), log[-200:])["runs"][-1] | {"log": None}
 
 
@@ -71,6 +71,9 @@ def told_of(run):
     status = "-" if run["exitStatus"] is None else run["exitStatus"]
     told = f"{run['outcome']} {status} {run['operation']}:" + "".join(places(run["problems"]))
     told += "; remarks:" + "".join(places(run["remarks"])) if run["remarks"] else ""
+    flashes = [flash for adapter in run["adapters"] for flash in adapter["flashes"]]
+    told += "; flashes:" if flashes else ""
+    told += ",".join(f" {flash['component']} {flash['outcome']}" for flash in flashes)
     told += "; next:" if run["next"] else ""
     for step in run["next"]:
         told += " " + step["code"] + (f"({step['command']})" if step["command"] else "")
@@ -91,6 +94,7 @@ def check_cases():
     page = letters(re.sub(r"^\.[A-Z]\w", "", (tree / "docs/zentrix.8").read_text(), flags=re.M))
     texts = {}
     for name, *logs, told in cases.CASES + cases.HISTORIES:
+        logs = [log_of(log) if "\n" not in log else log for log in logs]
         run = tell(*logs)
         expect(told_of(run) == told, f"{name}:\n  told     {told_of(run)}\n  expected {told}")
         for problem in run["problems"] + run["remarks"]:
@@ -126,7 +130,7 @@ def check_screen(name, log, run):
 
 def check_facts():
     for log, place, fact in cases.FACTS:
-        found = tell(log_of(log) if log in ("update-driverless",) else log)
+        found = tell(log_of(log) if log == cases.DRIVERLESS else log)
         for key in place.split():
             found = found[int(key) if key.isdigit() else key]
         expect(found == fact, f"{place}:\n  told     {found}\n  expected {fact}")
