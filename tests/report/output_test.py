@@ -106,10 +106,21 @@ def check_cases():
     check_golden("texts.txt", "".join(text + "\n" for text in texts))
 
 
+def parts_of_port(port):
+    driver = f", driver {port['driver']}" if port["driver"] else ""
+    states = ", DOWN" * port["down"] + ", FIRMWARE CORRUPTED" * port["corrupted"]
+    place = "" if port["device"] is None else f" at {port['device']}.{port['function']}"
+    yield f"port {port['mac']}{place}{driver}{states}"
+    for column, before in port["before"].items():
+        after = (port["after"] or port["before"])[column]
+        if before:
+            yield f" {column} {before}" + (f" -> {after}" if after not in (None, before) else "")
+
+
 def check_screen(name, log, run):
     """All that the data holds is on the screen, which fits a terminal. Returns its heading."""
     screen = report("-", log=log.encode()).stdout.decode()
-    words = " ".join(screen.split())
+    words = " ".join(screen.split()).lower()
     parts = [f"{at}. {step['text']}" for at, step in enumerate(run["next"], 1)]
     for problem in run["problems"] + run["remarks"]:
         line = f"line {problem['line']}: " if problem["line"] else ""
@@ -118,11 +129,16 @@ def check_screen(name, log, run):
     for switch in run["switches"]:
         parts.append(f"{switch['mac']} {switch['firmware']} {switch['outcome']}")
     for adapter in run["adapters"]:
-        parts += [port["mac"] for port in adapter["ports"]]
         parts += [flash["outcome"] for flash in adapter["flashes"]]
         parts += [f"{check['mac']} {check['outcome']}" for check in adapter["crc"]]
+        parts += [f"field YB: {adapter['yb']}"] if adapter["yb"] else []
+        for port in adapter["ports"]:
+            parts += parts_of_port(port) if port["before"] else [port["mac"]]
+        if run["operation"] == "update" and adapter["ports"][0]["before"]:
+            stamp = adapter["stamp"]
+            parts.append(f"stamp: {stamp['before'] or 'unknown'} -> {stamp['written'] or 'not written'}")
     for part in parts:
-        expect(" ".join(part.split()) in words, f"{name}: {part} isn't on the screen")
+        expect(" ".join(part.lower().split()) in words, f"{name}: {part} isn't on the screen")
     for line in screen.splitlines():
         expect(len(line) <= 80 or len(line.split()) < 3, f"{name}: a line of {len(line)}")
     return screen.split("\n")[0]
