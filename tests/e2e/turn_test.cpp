@@ -125,7 +125,7 @@ TEST_F(Turn, UtilityOfAKilledRunIsWaitedFor) {
     const OtherRun second("/state/second", "-v");
     Texts told = {waits};
     if (fs::exists("/proc/self")) {
-        told.insert(told.end(), {"\nHeld by process ", " (sh), ", " (lnxfwvt2).\n"});
+        told.insert(told.end(), {"Held by process ", " (sh), ", " (lnxfwvt2).\n"});
     }
     ASSERT_TRUE(comesTrue([&told] { return hasInOrder(readFile("/state/second"), told); }));
     hold.end();
