@@ -26,10 +26,21 @@ def runs_on(*counts):
         expect(f"runs on {server.name}", len(server.logs()), count)
 
 
+def take_collection(rollout):
+    """Rolls out by the collection alone, by its name, from another directory."""
+    servers.script("collection", "--build", servers.build, servers.work)
+    os.environ["ANSIBLE_HOME"] = str(servers.work / "ansible")
+    os.environ["ANSIBLE_COLLECTIONS_PATH"] = str(servers.work / "collections")
+    subprocess.run(["ansible-galaxy", "collection", "install", "--offline", *servers.work.glob("marvek-zentrix-*.tar.gz")],
+                   check=True, stdout=subprocess.DEVNULL)
+    rollout.playbook, rollout.place, inventory = "marvek.zentrix.rollout", servers.work, servers.work / "inventory.json"
+    inventory.write_text(inventory.read_text().replace('"zentrix_report_program"', '"not_set"'))
+
+
 # ---- Scenarios.
 
 def scenario_clean():
-    """Every fleet that can be updated; a reboot before and one after; texts that want to be more than texts."""
+    """Every fleet that can be updated, by the collection; a reboot before and one after; texts that want to be more than texts."""
     driver = "{{7*6}}<b>"
     nasty = "<script>alert(1)</script> {{ 7 * 6 }} \x1b[31m \u202e"
     asks_for_reboot = {"command": {"verb": "upgrade", "component": "bc"}, "exit": 95}
@@ -38,7 +49,10 @@ def scenario_clean():
         state["adapters"][0]["ports"][0]["driver"] = driver
         state["faults"] = [asks_for_reboot, {"command": {"verb": "upgrade", "component": "mba"}, "text": nasty, "times": 1}]
 
-    rack, none = Server("rack", "rack"), Server("none", "none")
+    # The controller hasn't this one, so its own tasks can't become anybody.
+    become = r"""printf '#!/bin/sh\nshift 5\nexec "$@"\n' >/run/become; chmod 755 /run/become"""
+    rack = Server("rack", "rack", boot=become, ansible_become=True, ansible_become_exe="/run/become")
+    none = Server("none", "none")
     first = Server("first", "duplicate-macs", zentrix_reboot="when-needed")
     after = Server("after", adapters=fault(**asks_for_reboot), zentrix_reboot="when-needed")
     later = Server("later", adapters=hostile)
@@ -46,6 +60,7 @@ def scenario_clean():
     (later.dir / "var/log/Marvek_Support/kvlnfwup<b>$(id)\x1b.log").write_text(nasty)
     fleet = (rack, none, first, after, later)
     rollout = Rollout(*fleet)
+    take_collection(rollout)
 
     rows = rollout.run("clean", 0, rack="updated", none="no-adapters", first="updated", after="updated", later="reboot-needed")
     for server in (first, after, later):
@@ -106,7 +121,7 @@ def scenario_failures():
 
 
 def scenario_unfit():
-    """Servers that can't be updated are found before any is touched, or left out."""
+    """Servers that can't be updated are found before any is touched, or left out; what can't work is refused."""
     record = "mkdir -p /etc/ansible/facts.d && cd /etc/ansible/facts.d && rm -f zentrix.fact && "
     lacking = "touch /tmp/kvsupdbg-no-f-update.txt; mount -t tmpfs -o size=1m tmpfs /var/log; mount -t tmpfs -o noexec tmpfs /var/lib"
     fleet = [Server("fit"), Server("lacking", loader="/dev/null", boot=lacking), Server("away", listening=False),
@@ -130,6 +145,15 @@ def scenario_unfit():
     runs_on(*((server, server.name in ("fit", "newer")) for server in fleet))
     expect("options", [(server.dir / "var/lib/zentrix-rollout/run/options").read_text() for server in fleet if server.logs()], ["\n", "-f\n"])
 
+    rollout.run("check", 0, "--check", "-e", "zentrix_hosts=fit", "-e", "zentrix_force=true", fit="would-update")
+    wrong = ("zentrix_batches=abc", "zentrix_patience=abc", "zentrix_reboot=yes", "zentrix_patiense=3")
+    rows = rollout.run("wrong variables", 2, "-e", "zentrix_hosts=fit", *(word for each in wrong for word in ("-e", each)), fit="unfit")
+    expect("refused", [each for each in wrong if each.split("=")[0] not in rows["fit"]["reason"]], [])
+    runs_on((fleet[0], 1))
+    for options, words in ((["--tags", "x"], "leave out --tags"), (["--limit", "fit"], "name localhost too"),
+                           (["-e", "zentrix_hosts=nobody"], "No server is left")):
+        expect(f"status of {options}", rollout.start(*options).wait(), 2)
+        expect(f"what is said of {options}", words in rollout.output.read_text(), True)
     keyring = servers.work / "keyring"
     keyring.touch()
     expect("an unsigned package", rollout.start("-e", f"zentrix_keyring={keyring}").wait(), 2)
@@ -220,33 +244,6 @@ def scenario_found_again():
     expect("the reason", "Another rollout" in rows["two"]["reason"], True)
     expect("the others", [each.wait() for each in others], [0, 0])
     runs_on(*zip(fleet, (1, 1, 1)))
-
-
-def scenario_collection():
-    """The collection alone, by its name, from any directory; and what can't work is refused."""
-    # The controller hasn't this one, so its own tasks can't become anybody.
-    become = r"""printf '#!/bin/sh\nshift 5\nexec "$@"\n' >/run/become; chmod 755 /run/become"""
-    server = Server("one", boot=become, ansible_become=True, ansible_become_exe="/run/become")
-    rollout = Rollout(server)
-    servers.script("collection", "--build", servers.build, servers.work)
-    os.environ["ANSIBLE_HOME"] = str(servers.work / "ansible")
-    os.environ["ANSIBLE_COLLECTIONS_PATH"] = str(servers.work / "collections")
-    subprocess.run(["ansible-galaxy", "collection", "install", "--offline", *servers.work.glob("marvek-zentrix-*.tar.gz")],
-                   check=True, stdout=subprocess.DEVNULL)
-    rollout.playbook, rollout.place, inventory = "marvek.zentrix.rollout", servers.work, servers.work / "inventory.json"
-    inventory.write_text(inventory.read_text().replace('"zentrix_report_program"', '"not_set"'))
-    for options, words in ((["--tags", "x"], "leave out --tags"), (["--limit", "one"], "name localhost too"),
-                           (["-e", "zentrix_hosts=nobody"], "No server is left")):
-        expect(f"status of {options}", rollout.start(*options).wait(), 2)
-        expect(f"what is said of {options}", words in rollout.output.read_text(), True)
-    wrong = ("zentrix_batches=abc", "zentrix_patience=abc", "zentrix_reboot=yes", "zentrix_patiense=3")
-    rows = rollout.run("wrong variables", 2, *(word for each in wrong for word in ("-e", each)), one="unfit")
-    expect("refused", [each for each in wrong if each.split("=")[0] not in rows["one"]["reason"]], [])
-    before = server.files()
-    rollout.run("check", 0, "--check", one="would-update")
-    expect("what a check changed", server.files(), before)
-    rollout.run("by its name", 0, one="updated")
-    runs_on((server, 1))
 
 
 sys.exit(servers.main(sys.argv[1], os.path.join(sys.argv[2], sys.argv[3]), globals()[f"scenario_{sys.argv[3]}"]))
