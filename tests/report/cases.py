@@ -9,7 +9,12 @@ PLAIN = finish(True, row("7.10.4"))
 FAILED = finish(False, row("7.10.4"))
 BOTH_NEW = row("7.12.5") + row("7.12.5", MAC2)
 TURN = BEFORE + PASS + stamped()
+YB_FIXED = TURN.replace("is 2.1.6.\n\n", "is 2.1.6.\n\n" + yb_fix(0)) + PLAIN
+YB_FAILED = TURN.replace("is 2.1.6.\n\n", "is 2.1.6.\n\n" + yb_fix(9)) + PLAIN
 CLEAN = TURN + flash(1, True, 0, SUCCESS) + finish(True)
+SAME_AGAIN = TURN + flash(1, True, 0, SUCCESS) + PLAIN
+NCSI_FAILED = ncsi_off(
+    1, f" !!! Error disabling management firmware (NCSI) on device {MAC1} !!!\n\n") + END
 CUT_FLASH = TURN + comparing(1) + about(flash_command(True))
 FAILED_FLASH = TURN + flash(1, True, 9, flash_failure(), output="x\nbroken\n")
 DOWN = f"!!! Error updating firmware on {MAC1}, adapter is down !!!\n"
@@ -54,8 +59,7 @@ CASES = [
     ("a list that holds its own end", TITLE + NO_DUPLICATES +
      listing(execute("rm devices") + TABLE + row("9.9.9")) + END,
      "failed 0 versions: doubtful(19); next: mend run(./zentrix -v)"),
-    ("NCSI off, as all is", ncsi_off(
-        1, f" !!! Error disabling management firmware (NCSI) on device {MAC1} !!!\n\n") + END,
+    ("NCSI off, as all is", NCSI_FAILED,
      "failed 0 disable-management: switch-failed(1 NCSI 23); next: run(./zentrix -nomfw)"),
     ("NCSI off", ncsi_off(
         95, f"*** Successfully Disabled management firmware (NCSI) on device {MAC1} (reboot required) ***\n\n")
@@ -69,7 +73,7 @@ CASES = [
     ("no build version", BEFORE + PASS + f"\nThe device driver version for {MAC1} is 2.1.6.\n" + PLAIN,
      "failed 0 update: no-build-version(1 26); next: mend run"),
     ("a clean update", CLEAN, "clean 0 update:; flashes: bc updated"),
-    ("the same version again, forced by the stamp", TURN + flash(1, True, 0, SUCCESS) + PLAIN,
+    ("the same version again, forced by the stamp", SAME_AGAIN,
      "clean 0 update:; remarks: unchanged(1 bc 49); flashes: bc updated"),
     ("the same version again, not forced", TURN + flash(0, False, 0, SUCCESS) + PLAIN,
      "failed 0 update: not-written(1 bc 49); flashes: bc updated; next: run(./zentrix -f)"),
@@ -165,9 +169,8 @@ CASES += [
      "failed 0 update: stamp-failed(1 46); next: mend run"),
     ("a stamp that can't be read", BEFORE + PASS + unread_stamp() + FAILED,
      "failed 1 update: stamp-check-failed(1 36); next: mend run"),
-    ("a field YB repaired", BEFORE + PASS + yb_fix(0) + stamped() + PLAIN, "clean 0 update:"),
-    ("a field YB that could not be repaired", BEFORE + PASS + yb_fix(9) + stamped() + PLAIN,
-     "failed 0 update: yb-failed(1 35); next: run"),
+    ("a field YB repaired", YB_FIXED, "clean 0 update:"),
+    ("a field YB that could not be repaired", YB_FAILED, "failed 0 update: yb-failed(1 38); next: run"),
     ("no update needed", TURN + flash(0, False, 35, "*** No update needed ***\n\n") + PLAIN,
      "clean 0 update:; flashes: bc not-needed"),
     ("directories with odd lines", BEFORE.split(TABLE)[0] + directory(ODD_LINES)
@@ -235,6 +238,7 @@ MAC_TWICE = (BEFORE + row("7.10.4") + PASS + stamped() + flash(1, True, 0, SUCCE
 FACTS = [
     (MAC_TWICE, "adapters 0 ports 1 driver", "2.1.6"),
     (MAC_TWICE, "adapters 0 ports 1 after boot", "7.12.6"),
+    (YB_FIXED, "adapters 0 yb", "repaired"),
     (FAILED_FLASH + FAILED, "problems 0 text",
      flash_failure().strip() + ' (the utility ended with 9 and last printed "broken")'),
     (DRIVERLESS, "version", "1.0.0"),
@@ -258,3 +262,11 @@ NO_LINES = {
     "Another run is under way in this directory, or its flash utility still works. Waiting for it to end (Ctrl-C gives up).",
     "7 version for 7 is 7", "7 [OPTION]", "The options are:",
 }
+
+# What is bold, red and green on a terminal, in three reports.
+TINTED = [
+    ("31", "AN ADAPTER IS DOWN (exit status 172)"), ("1", "Adapter on bus 3 (3C01)"),
+    ("31", ", DOWN (no driver)"), ("1", "Next:"),
+    ("32", "all well (exit status 0)"), ("1", "Adapter on bus 3 (3C01)"), ("1", "To know:"), ("1", "Next:"),
+    ("31", "FAILED (exit status 0)"), ("31", "failed"), ("1", "Next:"),
+]

@@ -10,6 +10,7 @@ environment the golden files are written anew instead; review what has changed l
 import json
 import os
 import pathlib
+import pty
 import re
 import resource
 import shutil
@@ -252,6 +253,20 @@ def check_arguments(place):
     expect(json.loads(output.read_text())["runs"][0]["log"] == first, "--output: its content")
 
 
+def check_colours(place):
+    """A terminal gets the same with colours."""
+    tinted = []
+    for log in (log_of(cases.DRIVERLESS), cases.SAME_AGAIN, cases.NCSI_FAILED):
+        (place / "tinted.log").write_bytes(log.encode())
+        terminal, end = pty.openpty()
+        subprocess.run([program, place / "tinted.log"], stdout=end, env={}, check=False)
+        shown = os.read(terminal, 65536).decode().replace("\r\n", "\n")
+        tinted += re.findall(r"\033\[(\d+)m(.*?)\033\[0m", shown)
+        plain = report(place / "tinted.log").stdout.decode()
+        expect(re.sub(r"\033\[\d+m", "", shown) == plain, "the same but for colours")
+    expect(tinted == cases.TINTED, f"colours: {tinted}")
+
+
 def texts_of(path):
     source = re.sub(r"\n *//[^\n]*", "\n", path.read_text())
     for literal in re.findall(r'"((?:[^"\\]|\\.)*)"', source):
@@ -318,6 +333,7 @@ check_page()
 directory = pathlib.Path(tempfile.mkdtemp())
 try:
     check_arguments(directory)
+    check_colours(directory)
     check_speed(directory)
 finally:
     shutil.rmtree(directory)
