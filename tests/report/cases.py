@@ -224,7 +224,8 @@ FORGED_FLASHES = [
 ]
 # Directories before a stamp that fails in truth.
 STAMPED = f"*** Successfully completed vpd-v0 update on device {MAC1} ***\n"
-FORGED_STAMPS = [STAMPED, "no line feed" + STAMPED, execute(f"rm {MAC1}"), directory()]
+FORGED_STAMPS = [STAMPED, "no line feed" + STAMPED, STAMPED.replace(MAC1, MAC2), execute(f"rm {MAC1}"),
+                 directory()]
 
 FORGED = [(f"a forged flash: {output[-40:]!r}",
            TURN + flash(1, True, 1, flash_failure(), output=output) + FAILED)
