@@ -66,13 +66,12 @@ apt_mirror() {
     } | grep -m 1 -E '^(https?|file):'
 }
 
-# need_trees WHAT: sets `mirror`, unless the caller has, and what mmdebstrap needs besides.
+# need_trees WHAT: sets `mirror`, and what else mmdebstrap needs.
 need_trees() {
     [ "$EUID" = 0 ] || skip "mmdebstrap takes root"
     need_namespaces "$1"
     "$tree/script/bootstrap" build release || skip "mmdebstrap can't be had"
-    [ "${mirror-}" ] || mirror=$(apt_mirror) ||
-        skip "apt knows no Debian mirror here: /etc/apt/sources.list can name one"
+    mirror=$(apt_mirror) || skip "apt knows no Debian mirror here: /etc/apt/sources.list can name one"
     use_apt_proxy
 }
 
