@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -39,6 +41,7 @@ struct Result {
     Json runs = Json::array();
     std::string screen;
     History history;
+    std::map<std::string, History> withoutPorts;  // by their directories
     bool unreadable = false;
     bool leftToDo = false;
 };
@@ -51,7 +54,9 @@ static void addLog(const Options& options, bool colour, const Source& source, Re
         result.unreadable = true;
         return;
     }
-    const Summary summary = summarize(run, &result.history);
+    const std::string directory = std::filesystem::path(source.path).parent_path();
+    History& history = run.macs.empty() ? result.withoutPorts[directory] : result.history;
+    const Summary summary = summarize(run, &history);
     const std::string path = plainText(source.path);
     result.leftToDo = result.leftToDo || summary.outcome != Outcome::clean || !summary.next.empty();
     if (options.json) {

@@ -23,7 +23,7 @@ static Known wasForced(const Run& run) {
     return forced;
 }
 
-// Whether a port has such a component; without a table nobody knows.
+// Whether a port has such a component; without a table nobody knows, nor of ports that were not read.
 static Known carries(const Run& run, bool (*isSuch)(const fwup::Component&)) {
     if (run.before.empty()) {
         return Known::unknown;
@@ -36,7 +36,7 @@ static Known carries(const Run& run, bool (*isSuch)(const fwup::Component&)) {
             }
         }
     }
-    return Known::no;
+    return run.unread.empty() ? Known::no : Known::unknown;
 }
 
 // Whether the blocks of iSCSI configurations were to be removed. Where there are none, that is a
@@ -164,11 +164,10 @@ void addNext(const Run& run, const Tasks& tasks, Summary& summary) {
 
 // --- What came before
 
-// A run that found no ports is taken for one of the same server as the log before it.
 static bool isOfServer(const Past& past, const Run& run) {
-    return run.macs.empty() ||
-           std::find_first_of(past.macs.begin(), past.macs.end(), run.macs.begin(),
-                              run.macs.end()) != past.macs.end();
+    const bool listsNone = past.macs.empty() && run.macs.empty();
+    return listsNone || std::find_first_of(past.macs.begin(), past.macs.end(), run.macs.begin(),
+                                           run.macs.end()) != past.macs.end();
 }
 
 // Whether this run was the one that the earlier one asked for.

@@ -85,7 +85,8 @@ struct Past {
     std::string cutIn;  // the command during which its log ends; may be empty
 };
 
-// Runs in their order, of one server or of several, which are told apart by their ports.
+// Runs in their order, of one server or of several, which are told apart by their ports. All that
+// list none are taken for one server's.
 using History = std::vector<Past>;
 
 // The summary points into `run`, which must outlive it. Where the run was the next step

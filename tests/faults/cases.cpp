@@ -18,21 +18,21 @@ static const std::string logParent = "/var/log";
 static const char* const fillerName = "/filler";
 
 const std::vector<Mode> modes = {
-    {"default", {}, true, Json::object()},
-    {"-s", {"-s"}, true, Json::object()},
-    {"-f", {"-f"}, true, Json::object()},
-    {"-s-force", {"-s", "-force"}, true, Json::object()},
-    {"-iscsicfgupdate", {"-iscsicfgupdate"}, true, Json::object()},
-    {"-vtncsi", {"-vtncsi"}, true, Json::object()},
+    {"default", {}, true},
+    {"-s", {"-s"}, true},
+    {"-f", {"-f"}, true},
+    {"-s-force", {"-s", "-force"}, true},
+    {"-iscsicfgupdate", {"-iscsicfgupdate"}, true, "block-not-removed"},
+    {"-vtncsi", {"-vtncsi"}, true},
     // From that adapter on, every other one has its CRC checked.
-    {"adapter-down", {}, true, {{"/adapters/3/ports/0/driver", nullptr}}},
-    {"-v", {"-v"}, false, Json::object()},
-    {"-dir", {"-dir"}, false, Json::object()},
-    {"-crc", {"-crc"}, false, Json::object()},
-    {"-iscsicfgversion", {"-iscsicfgversion"}, false, Json::object()},
-    {"-nomfw", {"-nomfw"}, false, Json::object()},
-    {"-ncsienable", {"-ncsienable"}, false, Json::object()},
-    {"-ncsidisable", {"-ncsidisable"}, false, Json::object()},
+    {"adapter-down", {}, true, "adapter-down", {{"/adapters/3/ports/0/driver", nullptr}}},
+    {"-v", {"-v"}, false},
+    {"-dir", {"-dir"}, false},
+    {"-crc", {"-crc"}, false},
+    {"-iscsicfgversion", {"-iscsicfgversion"}, false},
+    {"-nomfw", {"-nomfw"}, false},
+    {"-ncsienable", {"-ncsienable"}, false},
+    {"-ncsidisable", {"-ncsidisable"}, false},
 };
 
 // Adapters that carry what the images hold, under an older stamp: no fault.
@@ -52,7 +52,7 @@ static void fillButFor(const std::string& directory, unsigned place) {
 
 const std::vector<Fault> allFaults = {
     {"none", Places::once, nullptr},
-    {"up-to-date", Places::updates, nullptr, updateFirst},
+    {"up-to-date", Places::updates, nullptr, 0, updateFirst},
     {"exit-1", Places::commands, {{"exit", 1}}},
     {"exit-unknown", Places::commands, {{"exit", 200}}},
     {"exit-95", Places::commands, {{"exit", fwup::codeRebootRequired}}},
@@ -63,8 +63,8 @@ const std::vector<Fault> allFaults = {
     {"empty", Places::commands, {{"output", "empty"}}},
     {"half", Places::commands, {{"output", "half"}}},
     {"garbage", Places::commands, {{"output", "garbage"}}},
-    {"gone", Places::commands, {{"remove", true}}, nullptr, "lnxfwvt2|omplete the package"},
-    {"absent", Places::once, nullptr, [](unsigned) { fs::remove(utility); },
+    {"gone", Places::commands, {{"remove", true}}, 0, nullptr, "lnxfwvt2|omplete the package"},
+    {"absent", Places::once, nullptr, 0, [](unsigned) { fs::remove(utility); },
      "lnxfwvt2|omplete the package"},
     {"SIGHUP", Places::commands, {{"groupSignal", "SIGHUP"}}},
     {"SIGINT", Places::commands, {{"groupSignal", "SIGINT"}}},
@@ -72,28 +72,28 @@ const std::vector<Fault> allFaults = {
     {"SIGQUIT", Places::commands, {{"groupSignal", "SIGQUIT"}}},
     {"SIGPIPE", Places::commands, {{"groupSignal", "SIGPIPE"}}},
     {"call", Places::calls, {{"status", 1}}},
-    {"log-missing", Places::once, nullptr, [](unsigned) { fs::remove_all("/var"); }},
-    {"log-refused", Places::once, nullptr, [](unsigned) { e2e::makeReadOnly(logParent); }},
-    {"log-a-file", Places::once, nullptr,
+    {"log-missing", Places::once, nullptr, 0, [](unsigned) { fs::remove_all("/var"); }},
+    {"log-refused", Places::once, nullptr, 0, [](unsigned) { e2e::makeReadOnly(logParent); }},
+    {"log-a-file", Places::once, nullptr, 0,
      [](unsigned) { e2e::writeFile(e2e::logDirectory, "taken"); }},
-    {"log-read-only", Places::once, nullptr, [](unsigned) { e2e::makeReadOnly(e2e::logDirectory); },
-     "log's disk", true},
-    {"log-full", Places::logPages, nullptr,
-     [](unsigned place) { fillButFor(e2e::logDirectory, place); }, "log's disk", true},
-    {"directory-read-only", Places::once, nullptr,
+    {"log-read-only", Places::once, nullptr, losesLog,
+     [](unsigned) { e2e::makeReadOnly(e2e::logDirectory); }, "log's disk"},
+    {"log-full", Places::logPages, nullptr, losesLog,
+     [](unsigned place) { fillButFor(e2e::logDirectory, place); }, "log's disk"},
+    {"directory-read-only", Places::once, nullptr, 0,
      [](unsigned) { e2e::makeReadOnly(e2e::packageDirectory); }, "package directory writable"},
-    {"directory-full", Places::files, nullptr,
+    {"directory-full", Places::files, nullptr, 0,
      [](unsigned place) { fillButFor(e2e::packageDirectory, place); }, "package directory.*disk"},
-    {"tool-killed", Places::commands, {{"groupSignal", "SIGKILL"}}, nullptr, nullptr, false, true},
+    {"tool-killed", Places::commands, {{"groupSignal", "SIGKILL"}}, kills},
     {"tool-alone-killed",
      Places::commands,
      {{"leaderSignal", "SIGKILL"}, {"delay", 100}},
-     nullptr,
-     nullptr,
-     false,
-     true,
-     true},
+     kills | lingers},
 };
+
+bool hasTrait(const Case& c, unsigned anyOf) {
+    return (c.fault->traits & anyOf) != 0;
+}
 
 std::string nameOf(const Case& c) {
     return std::string(c.mode->name) + "/" + c.fault->name + "/" + std::to_string(c.place) +

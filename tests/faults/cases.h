@@ -11,8 +11,9 @@ namespace faults {
 struct Mode {
     const char* name;
     e2e::Texts arguments;
-    bool updates;     // an update pass belongs to it
-    e2e::Json edits;  // of the adapters before the run, as editAdapters takes them
+    bool updates;               // an update pass belongs to it
+    const char* problem = "";   // what zentrix-report finds although nothing goes wrong
+    e2e::Json edits = nullptr;  // of the adapters before the run, as editAdapters takes them
 };
 
 // The room that a file takes at least.
@@ -21,15 +22,19 @@ constexpr unsigned pageSize = 4096;
 // What the places of a fault are numbered by, from 1 on; `updates` has one in modes that update.
 enum class Places { once, updates, commands, calls, logPages, files };
 
+enum Trait : unsigned {
+    losesLog = 1,
+    kills = 2,    // the tool itself, in the midst of a command
+    lingers = 4,  // that command goes on without it
+};
+
 struct Fault {
     const char* name;
     Places places;
-    e2e::Json effect;                   // at the place, as adapters.json has it; or null
+    e2e::Json effect;  // at the place, as adapters.json has it; or null
+    unsigned traits = 0;
     void (*spoil)(unsigned) = nullptr;  // changes the surroundings; or null
     const char* mended = nullptr;       // a pattern: what advice to mend it speaks of; or null
-    bool losesLog = false;
-    bool kills = false;    // the tool itself, in the midst of a command
-    bool lingers = false;  // that command goes on without it
 };
 
 extern const std::vector<Mode> modes;
@@ -41,6 +46,8 @@ struct Case {
     unsigned place;
     bool sticks = false;  // strikes the same command or function again and again
 };
+
+bool hasTrait(const Case& c, unsigned anyOf);
 
 // "mode/fault/place", with "/again" where it sticks, which names the case on a command line.
 std::string nameOf(const Case& c);

@@ -5,17 +5,23 @@
 #include <algorithm>
 #include <filesystem>
 #include <regex>
-#include <sstream>
 
 #include "report_rules.h"
 
 namespace faults {
 
 namespace fs = std::filesystem;
-using report::Step;
-using report::StepCode;
+using e2e::Json;
 
 constexpr unsigned roundLimit = 2;
+
+struct Progress {
+    Case place;
+    e2e::Texts options;  // of the last run
+    Run last;
+    bool untold;  // the log of the first run can't tell what is left
+    unsigned rounds = 0;
+};
 
 static void waitUntilNothingRuns() {
     const auto isOurs = [](const fs::directory_entry& process) {
@@ -28,9 +34,9 @@ static void waitUntilNothingRuns() {
 }
 
 static void loadDrivers() {
-    e2e::Json adapters = e2e::readAdapters();
-    for (e2e::Json& adapter : adapters["adapters"]) {
-        for (e2e::Json& port : adapter["ports"]) {
+    Json adapters = e2e::readAdapters();
+    for (Json& adapter : adapters["adapters"]) {
+        for (Json& port : adapter["ports"]) {
             port["driver"] = port["driver"].is_null() ? "2.1.6" : port["driver"];
         }
     }
@@ -47,9 +53,7 @@ static void mend(const Case& c, const std::string& text) {
 // The options of each "./zentrix" in a text.
 static std::vector<e2e::Texts> runsNamed(const std::string& text) {
     std::vector<e2e::Texts> runs;
-    std::istringstream words(text);
-    std::string word;
-    while (words >> word) {
+    for (std::string word : wordsOf(text)) {
         word.erase(word.find_last_not_of(".,") + 1);
         if (word == "./zentrix") {
             runs.emplace_back();
@@ -60,87 +64,80 @@ static std::vector<e2e::Texts> runsNamed(const std::string& text) {
     return runs;
 }
 
-// The options of the run that a step asks for after one with these.
-static e2e::Texts optionsFor(const Step& step, const e2e::Texts& before) {
-    const std::vector<e2e::Texts> runs = runsNamed(step.command.empty() ? step.text : step.command);
-    const bool isNamed = std::find(runs.begin(), runs.end(), before) != runs.end();
-    return runs.empty() || isNamed ? before : runs.front();
+// A run whose options the step doesn't tell is repeated with those that it had.
+static void run(Progress& progress, const Json& step) {
+    const auto runs = runsNamed(step.at(step.at("command").is_null() ? "text" : "command"));
+    if (!runs.empty() && std::find(runs.begin(), runs.end(), progress.options) == runs.end()) {
+        progress.options = runs.front();
+    }
+    progress.last = perform(progress.options);
+    progress.rounds++;
 }
 
-struct Progress {
-    const Case& place;
-    e2e::Texts options;  // of the last run
-    Run last;
-    unsigned rounds = 0;
-    bool shown = false;
-};
-
-static void obey(Progress& progress, const Step& step) {
-    switch (step.code) {
-        case StepCode::checkNothingRuns: waitUntilNothingRuns(); break;
-        case StepCode::mend: mend(progress.place, step.text); break;
-        case StepCode::loadDriver: loadDrivers(); break;
-        case StepCode::run:
-            progress.options = optionsFor(step, progress.options);
-            progress.last = perform(progress.options, progress.place.fault->lingers);
-            progress.rounds++;
-            break;
-        case StepCode::stayUp:
-        case StepCode::support:
-        case StepCode::reboot:  // virtual adapters need none for what they were told
-            break;
+// The other steps are done by doing nothing here: virtual adapters need no reboot for what they
+// were told.
+static void obey(Progress& progress, const Json& step) {
+    const std::string code = step.at("code");
+    if (code == "check-nothing-runs") {
+        waitUntilNothingRuns();
+    } else if (code == "mend") {
+        mend(progress.place, step.at("text"));
+    } else if (code == "load-driver") {
+        loadDrivers();
+    } else if (code == "run") {
+        run(progress, step);
     }
 }
 
-static bool asksFor(const std::vector<Step>& steps, StepCode code) {
-    return std::any_of(steps.begin(), steps.end(),
-                       [code](const Step& step) { return step.code == code; });
+static bool asksFor(const Json& next, const char* code) {
+    return std::any_of(next.begin(), next.end(),
+                       [code](const Json& step) { return step.at("code") == code; });
 }
 
 // Where the steps end before the job is done, a remark must tell, if anything can.
-static Ending judge(const Progress& progress, const Told& told, const nlohmann::json& goal) {
+static Ending judge(const Progress& progress, const Json& told, const nlohmann::json& goal) {
     Ending ending = {"-", "-"};
     for (size_t i = 0; i < goal.size(); i++) {
         const nlohmann::json& adapter = progress.last.adapters[i];
-        if (adapter != goal[i] && isTold(told.summary.remarks, adapter)) {
+        if (adapter != goal[i] && isTold(told.at("remarks"), adapter)) {
             ending.how = "remark";
         } else if (adapter != goal[i]) {
-            return {isUntold(progress.place, progress.last) ? "-" : "left-behind", "untold"};
+            return {progress.untold ? "-" : "left-behind", "untold"};
         }
     }
     return ending;
 }
 
-static void show(const Progress& progress, const std::vector<Step>& steps) {
-    fprintf(stderr, "==== A log:\n%s==== What to do after it:\n", progress.last.result.log.c_str());
-    for (const Step& step : steps) {
-        fprintf(stderr, "%s\n", step.text.c_str());
-    }
+static Ending judgeLost(const Progress& progress, const nlohmann::json& goal) {
+    const bool claimsAll = progress.place.mode->updates && progress.last.result.status == 0;
+    return {claimsAll && progress.last.adapters != goal ? "no-log" : "-", "untold"};
 }
 
-static Ending followSteps(Progress& progress, const nlohmann::json& goal) {
+static Ending followSteps(Progress& progress, const nlohmann::json& goal, bool shown) {
     report::History history;
     for (;;) {
-        const Told told = tell(progress.last.result.log, &history);
-        const std::vector<Step>& steps = told.summary.next;
-        if (progress.shown) {
-            show(progress, steps);
+        const std::string& log = progress.last.result.log;
+        const Json told = tell(log, &history);
+        const Json& next = told.at("next");
+        if (shown) {
+            fprintf(stderr, "==== A log:\n%s==== What to do after it: %s\n", log.c_str(),
+                    next.dump(1).c_str());
         }
-        if (!told.isRead) {
-            return {progress.last.result.status == 0 ? "no-log" : "-", "untold"};
+        if (told.at("outcome") == "refused") {
+            return judgeLost(progress, goal);
         }
-        if (told.summary.outcome == report::Outcome::cutOff &&
-            (steps.empty() || steps.front().code != StepCode::checkNothingRuns)) {
+        if (told.at("outcome") == "cut-off" &&
+            (next.empty() || next.front().at("code") != "check-nothing-runs")) {
             return {"joins-a-run", "-"};
         }
-        if (asksFor(steps, StepCode::support)) {
+        if (asksFor(next, "support")) {
             return {"-", "support"};
         }
-        const bool runs = asksFor(steps, StepCode::run);
+        const bool runs = asksFor(next, "run");
         if (runs && progress.rounds == roundLimit) {
             return {"goes-round", "-"};
         }
-        for (const Step& step : steps) {
+        for (const Json& step : next) {
             obey(progress, step);
         }
         if (!runs) {
@@ -152,20 +149,20 @@ static Ending followSteps(Progress& progress, const nlohmann::json& goal) {
 static Progress begin(const Case& c) {
     makeMachine(*c.mode);
     applyFault(c);
-    return {c, c.mode->arguments, perform(c.mode->arguments, c.fault->lingers)};
+    Run first = perform(c.mode->arguments);
+    const bool untold = isUntold(c, first);
+    return {c, c.mode->arguments, std::move(first), untold};
 }
 
 nlohmann::json followUndisturbed(const Mode& mode) {
-    const Case undisturbed = {&mode, &allFaults.front(), 1};
-    Progress progress = begin(undisturbed);
-    followSteps(progress, nlohmann::json::array());
+    Progress progress = begin({&mode, &allFaults.front(), 1});
+    followSteps(progress, nlohmann::json::array(), false);
     return progress.last.adapters;
 }
 
 Ending follow(const Case& c, const nlohmann::json& goal, bool shown) {
     Progress progress = begin(c);
-    progress.shown = shown;
-    Ending ending = followSteps(progress, goal);
+    Ending ending = followSteps(progress, goal, shown);
     waitUntilNothingRuns();
     if (ending.how == "support" && c.fault == &allFaults.front()) {
         ending.broken = "needs-no-support";

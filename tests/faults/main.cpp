@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "follow.h"
+#include "report_rules.h"
 #include "rules.h"
 
 namespace faults {
@@ -17,8 +18,7 @@ using Options = std::map<std::string, std::string>;
 
 struct Reference {
     Run run;
-    unsigned commands;
-    unsigned calls;
+    std::map<Places, unsigned> places;
     nlohmann::json goal;  // of all who follow the steps
 };
 
@@ -35,27 +35,19 @@ static bool isWanted(const std::string& wanted, const std::string& name) {
     return wanted.empty() || wanted == name;
 }
 
+// Where room is short, the last place is one that has enough.
 static Reference undisturbed(const Mode& mode, bool follows) {
     makeMachine(mode);
     startCounting();
     Run run = perform(mode.arguments);
-    const unsigned commands = countOf(Places::commands);
-    const unsigned calls = countOf(Places::calls);
-    return {std::move(run), commands, calls, follows ? followUndisturbed(mode) : nlohmann::json()};
-}
-
-// Where room is short, the last place is one that has enough.
-static unsigned placesOf(const Mode& mode, const Fault& fault, const Reference& reference) {
-    switch (fault.places) {
-        case Places::commands: return reference.commands;
-        case Places::calls: return reference.calls;
-        case Places::logPages:
-            return static_cast<unsigned>(reference.run.result.log.size() / pageSize) + 2;
-        case Places::files: return 15;
-        case Places::updates: return mode.updates ? 1 : 0;
-        case Places::once: break;
-    }
-    return 1;
+    const auto logPages = static_cast<unsigned>(run.result.log.size() / pageSize) + 2;
+    std::map<Places, unsigned> places = {{Places::once, 1},
+                                         {Places::updates, mode.updates ? 1 : 0},
+                                         {Places::commands, countOf(Places::commands)},
+                                         {Places::calls, countOf(Places::calls)},
+                                         {Places::logPages, logPages},
+                                         {Places::files, 15}};
+    return {std::move(run), std::move(places), follows ? followUndisturbed(mode) : nullptr};
 }
 
 // What strikes commands or calls may do so again and again, if the steps are followed.
@@ -63,7 +55,7 @@ static std::vector<Case> casesOf(const Mode& mode, const Reference& reference, b
     std::vector<Case> cases;
     for (const Fault& fault : allFaults) {
         const bool canStick = follows && !fault.effect.is_null();
-        for (unsigned place = 1; place <= placesOf(mode, fault, reference); place++) {
+        for (unsigned place = 1; place <= reference.places.at(fault.places); place++) {
             cases.push_back({&mode, &fault, place});
             if (canStick) {
                 cases.push_back({&mode, &fault, place, true});
@@ -75,20 +67,17 @@ static std::vector<Case> casesOf(const Mode& mode, const Reference& reference, b
 
 static void showDetails(const Trial& trial) {
     const e2e::Result& first = trial.first.result;
-    fprintf(stderr, "==== First run, exit status %d. Console:\n%s==== Its log:\n%s==== Files left:",
-            first.status, first.console.c_str(), first.log.c_str());
-    for (const std::string& file : first.files) {
-        fprintf(stderr, " %s", file.c_str());
-    }
-    fprintf(stderr, "\n==== Second run, exit status %d. What its adapters lack:\n%s\n",
-            trial.second.result.status,
-            nlohmann::json::diff(trial.second.adapters, trial.reference.adapters).dump(1).c_str());
+    const auto lacks = nlohmann::json::diff(trial.second.adapters, trial.reference.adapters);
+    fprintf(stderr, "==== First run, exit status %d. Console:\n%s==== Its log:\n%s", first.status,
+            first.console.c_str(), first.log.c_str());
+    fprintf(stderr, "==== Second run, exit status %d. What its adapters lack:\n%s\n",
+            trial.second.result.status, lacks.dump(1).c_str());
 }
 
 // A run from adapters that another first run left just so, and no file with
 // them, has been seen before.
 static Run runAgain(const Case& c, const Run& first, std::map<std::string, Run>& seen) {
-    if (c.fault->lingers || !first.result.files.empty() ||
+    if (hasTrait(c, lingers) || !first.result.files.empty() ||
         first.result.logPath.compare(0, 1, "/") != 0) {
         return perform(c.mode->arguments);
     }
@@ -103,14 +92,15 @@ static Run runAgain(const Case& c, const Run& first, std::map<std::string, Run>&
 static Trial tryOut(const Case& c, const Run& reference, std::map<std::string, Run>& seen) {
     makeMachine(*c.mode);
     applyFault(c);
-    Run first = perform(c.mode->arguments, c.fault->lingers);
+    Run first = perform(c.mode->arguments);
     const bool happened = faultHappened(c);
     // What goes on would bring back what it has read.
-    if (!c.fault->lingers) {
+    if (!hasTrait(c, lingers)) {
         liftFaults();
     }
     Run second = runAgain(c, first, seen);
-    return {c, reference, std::move(first), happened, std::move(second)};
+    e2e::Json told = tell(first.result.log);
+    return {c, reference, std::move(first), happened, std::move(second), std::move(told)};
 }
 
 static void runCase(const Options& options, const Case& c, const Reference& reference,

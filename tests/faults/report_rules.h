@@ -7,17 +7,14 @@
 
 namespace faults {
 
-struct Told {
-    bool isRead = false;  // an empty log is refused
-    report::Run run;
-    report::Summary summary;
-};
+e2e::Texts wordsOf(const std::string& text);
 
-// What it makes of a log, where `history` tells of those before it.
-Told tell(const std::string& log, report::History* history = nullptr);
+// The data that it makes of a log, where `history` tells of those before it. The outcome of a log
+// that it refuses is "refused".
+e2e::Json tell(const std::string& log, report::History* history = nullptr);
 
-// Whether any of them concerns the adapter, or all of them.
-bool isTold(const std::vector<report::Problem>& told, const nlohmann::json& adapter);
+// Whether any of these problems concerns the adapter, or all of them.
+bool isTold(const e2e::Json& problems, const nlohmann::json& adapter);
 
 // Whether the command that the fault struck claims to have done what it didn't, and
 // nothing that the tool logs afterwards shows it.

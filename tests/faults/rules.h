@@ -17,16 +17,16 @@ struct Run {
     nlohmann::json adapters;
 };
 
-// Runs the program on the machine as it stands. With `apart`, no command that
-// outlives it is waited for.
-Run perform(const e2e::Texts& arguments, bool apart = false);
+// Runs the program on the machine as it stands. No command that outlives it is waited for.
+Run perform(const e2e::Texts& arguments);
 
 struct Trial {
     Case place;
     const Run& reference;  // nothing happened to it
     Run first;             // the fault happened to it
     bool happened;
-    Run second;  // the same again, with the fault lifted
+    Run second;      // the same again, with the fault lifted
+    e2e::Json told;  // what zentrix-report makes of the first one's log
 };
 
 // The names of the broken rules, with commas; "-" when all hold.
