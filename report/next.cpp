@@ -23,7 +23,8 @@ static Known wasForced(const Run& run) {
     return forced;
 }
 
-// Whether a port has such a component; without a table nobody knows, nor of ports that were not read.
+// Whether a port has such a component; without a table nobody knows, nor of ports that were not
+// read.
 static Known carries(const Run& run, bool (*isSuch)(const fwup::Component&)) {
     if (run.before.empty()) {
         return Known::unknown;

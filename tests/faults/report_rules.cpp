@@ -195,7 +195,7 @@ static bool namesStruckCommand(const Trial& trial) {
         return true;
     }
     const bool ofPort = struck.at(1).front() != '<';
-    const e2e::Texts words(struck.begin() + (ofPort ? 2 : struck.size()), struck.end());
+    const e2e::Texts words(ofPort ? struck.begin() + 2 : struck.end(), struck.end());
     for (const auto& failure : failures) {
         if (failure.words.size() <= words.size() &&
             std::equal(failure.words.begin(), failure.words.end(), words.begin())) {

@@ -99,6 +99,9 @@ CASES = [
      "clean 0 update:; flashes: bc updated-reboot-needed; next: reboot"),
     ("a code that nobody knows, and success", TURN + flash(1, True, 96, SUCCESS) + finish(True),
      "failed 0 update: doubtful(53); flashes: bc failed; next: mend run(./zentrix -f)"),
+    ("two of them", TURN + flash(1, True, 96, SUCCESS)
+     + flash(1, True, 96, SUCCESS, component="mfw1") + finish(True),
+     "failed 0 update: doubtful(53); flashes: bc failed, mfw1 failed; next: mend run(./zentrix -f)"),
     ("a failure, and code 0", TURN + flash(1, True, 0, flash_failure()) + finish(True),
      "failed 0 update: doubtful(53) flash-failed(1 bc 53); flashes: bc failed;"
      " next: mend run(./zentrix -f)"),
