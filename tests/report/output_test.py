@@ -219,8 +219,8 @@ def check_arguments(place):
     (place / "binary").write_bytes(bytes(range(256)) * 9000)
     (place / "none").mkdir()
     first = str(logs / "kvlnfwup.log")
-    second = f"another log begins in line {len(good.splitlines()) + 1}: each needs a file of its own\n"
-    inner = f"another log begins in line {len(cut.splitlines())}: each needs a file of its own\n"
+    second, inner = (f"another log begins in line {len(text.splitlines())}: each needs a file of its own\n"
+                     for text in (good, cut))
     table = [
         ([first], 0, 1, ""),
         ([str(logs)], 1, 3, ""),
