@@ -43,7 +43,7 @@ static Known carries(const Run& run, bool (*isSuch)(const fwup::Component&)) {
 // Whether the blocks of iSCSI configurations were to be removed. Where there are none, that is a
 // forced update like any.
 static Known removesBlocks(const Run& run) {
-    if (!run.removals.empty()) {
+    if (!run.removals.empty() || run.cutIn.find(" dir -delete ") != std::string::npos) {
         return Known::yes;
     }
     const bool keeps = std::any_of(run.flashes.begin(), run.flashes.end(), [](const Flash& flash) {

@@ -190,6 +190,7 @@ static void addFindings(Work& work) {
             const char* kind = finding.advice.kind;
             finding.advice = adviceFor(Matter::refused);
             finding.advice.kind = kind;
+            finding.advice.actions = actForce;  // once there is another image: the stamp is written
         }
         addProblem(work, finding);
     }
@@ -233,7 +234,7 @@ static void addUnchanged(Work& work, const AdapterSummary& adapter) {
             addProblem(
                 work, {adviceFor(Matter::nothingWritten), flash->line,
                        "Updating " + flash->mac + " using file " + flash->image, flash->mac, name});
-        } else {
+        } else if (same.mac.empty() || same.mac == flash->mac) {
             same.component = same.text.empty() ? name : "";
             same.line = same.line == 0 ? flash->line : same.line;
             same.mac = flash->mac;

@@ -34,6 +34,10 @@ show_help() {
     sed -n '2,${/^#/!q;s/^# \{0,1\}//p;}' "$0"
 }
 
+tree_version() {
+    sed -nE 's/^project\(zentrix VERSION ([0-9.]+).*/\1/p' "$tree/CMakeLists.txt" | grep .
+}
+
 # The first bytes of a file in hexadecimal.
 head_of() {
     od -An -v -tx1 -N20 -- "$1" | tr -d ' \n'
@@ -60,6 +64,15 @@ apt_mirror() {
         apt-get indextargets --format "\$(REPO_URI)" "${wanted[@]}" 'Origin: Debian' 'Label: Debian'
         apt-get indextargets --format "\$(REPO_URI)" "${wanted[@]}" "Release: $codename"
     } | grep -m 1 -E '^(https?|file):'
+}
+
+# need_trees WHAT: sets `mirror`, and what else mmdebstrap needs.
+need_trees() {
+    [ "$EUID" = 0 ] || skip "mmdebstrap takes root"
+    need_namespaces "$1"
+    "$tree/script/bootstrap" build release || skip "mmdebstrap can't be had"
+    mirror=$(apt_mirror) || skip "apt knows no Debian mirror here: /etc/apt/sources.list can name one"
+    use_apt_proxy
 }
 
 use_apt_proxy() {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Holds the manual page against the program, both ways: options, synopsis, exit statuses, the texts
-# that report a failure, and device IDs. What each exit status asks for must be the same in the README
+# that report a failure, device IDs and images; and the virtual adapters' page against their components. What each exit status asks for must be the same in the README
 # of a package, and what tells of a failed flash must lead to -f. mandoc judges the page's form.
 #
 #   tests/docs/manual_test.sh [TREE]
@@ -61,6 +61,28 @@ program_devices() {
 
 page_devices() {
     sed -n '/^Supported are/,/\.$/p' "$page" | grep -oE '[0-9A-F]{4}'
+}
+
+# What images are made for: components that can be found and flashed, and what FCODE asks for instead.
+program_images() {
+    sed -n '/ components\[\] = {/,/^};/p' "$tree/src/inventory/component_table.h" |
+        grep -v 'neverFlashed\|, {}' | sed -nE 's/^ *\{&[^"]*"([a-z0-9]+)".*nullptr, "([a-z0-9]+)".*/\1 \2/p; t; s/^ *\{&[^"]*"([a-z0-9]+)".*/\1/p' |
+        tr ' ' '\n'
+}
+
+page_images() {
+    sed -n '/^\.It Ar ID Ns/,/^Only those/s/^\.Pa //p' "$page" | tr -d ',' | tr -s ' ' '\n'
+}
+
+emulator_kinds() {
+    sed -n '/ componentKinds\[\] = {/,/^};/p' "$tree/emulator/component.cpp" |
+        sed -nE 's/^ *\{"([^"]*)", "([^"]*)", "([^"]*)", .*/\1: \2, \3/p'
+}
+
+# shellcheck disable=SC2016 # the page's own quotes
+readme_kinds() {
+    sed -n '/^| Component | Name /,/^$/p' "$tree/emulator/README.md" |
+        sed -nE 's/^\| `([^`]*)` \| ([^|]*) \| ([^|]*) \|.*/\1: \2, \3/p'
 }
 
 # The items of a section of the page as plain text, one a line. Titles in a row share one text.
@@ -127,6 +149,8 @@ compare program page texts
 compare program page options
 compare program page statuses
 compare program page devices
+compare program page images
+compare emulator readme kinds
 compare program synopsis options
 compare page server steps
 leads_to_force

@@ -81,7 +81,7 @@ CASES = [
      "failed 0 update: not-accepted(1 bc 53); flashes: bc not-accepted; next: mend run(./zentrix)"),
     ("an image that isn't accepted, forced by the stamp",
      TURN + flash(1, True, 70, flash_failure()) + crc(True) + FAILED,
-     "failed 1 update: flash-failed(1 bc 53); flashes: bc failed; next: mend run"),
+     "failed 1 update: flash-failed(1 bc 53); flashes: bc failed; next: mend run(./zentrix -f)"),
     ("a failed flash", FAILED_FLASH + crc(True) + FAILED,
      "failed 1 update: flash-failed(1 bc 55); flashes: bc failed; next: run(./zentrix -f)"),
     ("a failed flash and a damaged adapter", FAILED_FLASH + crc(False) + FAILED,
