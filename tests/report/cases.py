@@ -19,6 +19,7 @@ CUT_FLASH = TURN + comparing(1) + about(flash_command(True))
 FAILED_FLASH = TURN + flash(1, True, 9, flash_failure(), output="x\nbroken\n")
 DOWN = f"!!! Error updating firmware on {MAC1}, adapter is down !!!\n"
 ODD_LINES = f'rm "{MAC1}"\nAbout to execute: "rm\nAbout to execute: "rm x"\n'
+STAMPED = f"*** Successfully completed vpd-v0 update on device {MAC1} ***\n"
 NOT_STAMPED = f" !!! Error performing vpd-v0 update on device {MAC1} !!!\n"
 NO_TOOL = (TITLE + NO_DUPLICATES + "\nError! Unable to locate Kelvane Veltrasia II tool (./x).\n"
            + summary(False) + END)
@@ -167,6 +168,9 @@ CASES += [(text, TURN + text + "\n" + PLAIN, "failed 0 update: " + told) for tex
 CASES += [
     ("a failed stamp", BEFORE + PASS + visit(NOT_STAMPED) + PLAIN,
      "failed 0 update: stamp-failed(1 46); next: mend run"),
+    ("a failed stamp behind another port's",
+     BEFORE + PASS + visit(NOT_STAMPED, STAMPED.replace(MAC1, MAC2)) + PLAIN,
+     "failed 0 update: stamp-failed(1 46); next: mend run"),
     ("a stamp that can't be read", BEFORE + PASS + unread_stamp() + FAILED,
      "failed 1 update: stamp-check-failed(1 36); next: mend run"),
     ("a field YB repaired", YB_FIXED, "clean 0 update:"),
@@ -223,9 +227,7 @@ FORGED_FLASHES = [
     "\0" * 100,
 ]
 # Directories before a stamp that fails in truth.
-STAMPED = f"*** Successfully completed vpd-v0 update on device {MAC1} ***\n"
-FORGED_STAMPS = [STAMPED, "no line feed" + STAMPED, STAMPED.replace(MAC1, MAC2), execute(f"rm {MAC1}"),
-                 directory()]
+FORGED_STAMPS = [STAMPED, "no line feed" + STAMPED, execute(f"rm {MAC1}"), directory()]
 
 FORGED = [(f"a forged flash: {output[-40:]!r}",
            TURN + flash(1, True, 1, flash_failure(), output=output) + FAILED)
