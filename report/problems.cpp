@@ -336,7 +336,7 @@ static void addNoEnd(Work& work) {
         return;
     }
     Finding finding = {adviceFor(Matter::noEnd), run.lines, "",
-                       run.visits.empty() ? "" : run.visits.back().mac, ""};
+                       run.visits.empty() || run.passOver ? "" : run.visits.back().mac, ""};
     finding.text = run.cutIn.empty() ? "The log ends in the middle."
                                      : "About to execute: \"" + run.cutIn + "\"";
     finding.text.erase(std::remove(finding.text.begin(), finding.text.end(), '\n'),

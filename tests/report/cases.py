@@ -149,7 +149,7 @@ CASES = [
      "failed 0 update: block-not-removed(1 isb_cfg2 51); next: run(./zentrix -iscsicfgupdate)"),
     ("a summary whose removal is cut off",
      TURN + execute(f"rm {MAC1}") + summary(True) + about("rm q"),
-     "cut-off - update: no-end(1 55); next: check-nothing-runs mend mend run"),
+     "cut-off - update: no-end(55); next: check-nothing-runs mend mend run"),
 ]
 
 # Lines of trouble that an update goes on after, and what is told of them.
