@@ -5,7 +5,6 @@ Set `build` (a build directory with 32-bit programs) and `work` (where everythin
 import json
 import os
 import pathlib
-import re
 import shutil
 import socket
 import subprocess
