@@ -47,10 +47,10 @@ fresh() {
     mkdir -p p/tools
     echo 7.12b.4.3a >p/BuildVersion.txt
     echo firmware >p/3C01bc.bin
-    echo program | tee p/zentrix >p/tools/zentrix-report
+    echo program | tee p/zentrix p/lnxfwvt2 >p/tools/zentrix-report
     chmod -R go-w p
-    chmod +x p/zentrix p/tools/zentrix-report
-    (cd p && sha256sum 3C01bc.bin BuildVersion.txt tools/zentrix-report zentrix >SHA256SUMS)
+    chmod +x p/{zentrix,lnxfwvt2,tools/zentrix-report}
+    (cd p && sha256sum 3C01bc.bin BuildVersion.txt lnxfwvt2 tools/zentrix-report zentrix >SHA256SUMS)
     sign good p/SHA256SUMS
 }
 
@@ -173,6 +173,7 @@ chmod u+s zentrix|MODE: block
 chmod g+s tools|MODE: block
 setcap cap_net_raw+ep zentrix|MODE: block
 chmod -x zentrix|not executable
+chmod -x lnxfwvt2|not executable
 chmod -x tools/zentrix-report|not executable
 END
 fresh
