@@ -93,11 +93,4 @@ testing::AssertionResult hasInOrder(const std::string& text, const Texts& parts)
     return testing::AssertionSuccess();
 }
 
-void Compared::SetUp() {
-    makePackage("one");
-    alone = checkedRun();
-    updated = readAdapters()["adapters"];
-    makePackage("one");
-}
-
 }  // namespace e2e

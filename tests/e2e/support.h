@@ -31,13 +31,6 @@ std::string spoken(const Result& result);
 // at the end, and with LOG for the log's path.
 Texts commandsWith(const Result& result, const std::string& word);
 
-// Tests of what must go like a run that nothing happened to.
-struct Compared : testing::Test {
-    void SetUp() override;
-    Result alone;
-    Json updated;  // the adapters after it
-};
-
 // True when all parts are found, each after the one before.
 testing::AssertionResult hasInOrder(const std::string& text, const Texts& parts);
 

@@ -1,11 +1,14 @@
-// What the program makes of the machine and the process that it finds: names
-// of logs, lost logs, streams and a signal that is ignored.
+// What the program makes of the machine and the process that it finds: names of logs, lost logs,
+// streams, a signal that is ignored, and another run in its directory.
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <thread>
 
 #include "support.h"
 
@@ -95,6 +98,25 @@ TEST(Log, CannotBeWritten) {
     }
 }
 
+static void replaceUtility(const std::string& script) {
+    const std::string path = packageDirectory + "/lnxfwvt2";
+    fs::remove(path);
+    writeFile(path, "#!/bin/sh\n" + script + " exec /build/lnxfwvt2 \"$@\"\n");
+    fs::permissions(path, fs::perms::owner_all);
+}
+
+// What must go like a run that nothing happened to.
+struct Compared : testing::Test {
+    Compared() {
+        makePackage("one");
+        alone = checkedRun();
+        updated = readAdapters()["adapters"];
+        makePackage("one");
+    }
+    Result alone;
+    Json updated;  // the adapters after it
+};
+
 // No text of the console may land in a file that takes a closed stream's place, the utility gets
 // its streams, and a console that nobody reads ends no run.
 using Undisturbed = Compared;
@@ -115,10 +137,7 @@ TEST_F(Undisturbed, ByClosedStreamsAndABrokenPipe) {
     };
     for (const auto prepare : preparations) {
         makePackage("one");
-        fs::remove("/package/lnxfwvt2");
-        writeFile("/package/lnxfwvt2",
-                  "#!/bin/sh\n: <&0 && : >&1 && : >&2 && exec /build/lnxfwvt2 \"$@\"\n");
-        fs::permissions("/package/lnxfwvt2", fs::perms::owner_all);
+        replaceUtility(": <&0 && : >&1 && : >&2 &&");
         const Result result = watchedRun({}, prepare);
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.console, "");
@@ -135,6 +154,120 @@ TEST(Process, ChildSignalIgnored) {
     const Result result = watchedRun({}, [] { signal(SIGCHLD, SIG_IGN); });
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(hasInOrder(result.log, {"3C01bc.bin nv.bak >>", "\" returned code: 5\n"}));
+}
+
+static const std::string waits =
+    "Another run is under way in this directory, or its flash utility still works. Waiting for it to end (Ctrl-C gives up).\n";
+
+// A run beside the test's own, its console in a file.
+struct OtherRun {
+    explicit OtherRun(const char* consolePath, const Texts& arguments = {}) : path(consolePath) {
+        const int console = open(consolePath, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+        process = startRun(arguments, console);
+        close(console);
+    }
+    // With it goes what it started, which would write to the next test's adapters.
+    ~OtherRun() {
+        kill(-process, SIGKILL);
+    }
+    std::string console() const {
+        return readFile(path);
+    }
+    // Waits until it has said all of these; false when it never does.
+    bool says(const Texts& parts) const {
+        for (int i = 0; i < 6000 && !hasInOrder(console(), parts); i++) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return hasInOrder(console(), parts);
+    }
+    int end(int signalNumber = 0) const {
+        kill(process, signalNumber);
+        return awaitEnd(process);
+    }
+    const std::string path;
+    pid_t process;
+};
+
+// As another run holds it.
+struct Lock {
+    explicit Lock(const std::string& directory) : descriptor(open(directory.c_str(), O_CLOEXEC)) {
+        EXPECT_EQ(flock(descriptor, LOCK_EX | LOCK_NB), 0) << directory;
+    }
+    ~Lock() {
+        close(descriptor);
+    }
+    const int descriptor;
+};
+
+// The first flash is held up until the end of this.
+struct Hold {
+    Hold() {
+        replaceUtility(
+            "case $* in *upgrade*) [ ! -p /state/hold ] || read -r word </state/hold ;; esac;");
+        EXPECT_EQ(mkfifo("/state/hold", 0600), 0);
+    }
+    // Returns when there is a flash.
+    void awaitFlash() {
+        descriptor = open("/state/hold", O_WRONLY | O_CLOEXEC);
+    }
+    void end() const {
+        fs::remove("/state/hold");
+        close(descriptor);
+    }
+    int descriptor = -1;
+};
+
+// Two runs in one directory: the second waits until the first has ended, however it did.
+using Turn = Compared;
+
+TEST_F(Turn, SecondRunFollowsTheFirst) {
+    Hold hold;
+    const OtherRun first("/state/first");
+    hold.awaitFlash();
+    const OtherRun second("/state/second");
+    ASSERT_TRUE(second.says({waits}));
+    hold.end();
+    EXPECT_EQ(first.end(), 0);
+    EXPECT_EQ(second.end(), 0);
+    EXPECT_EQ(first.console(), alone.console);
+    EXPECT_EQ(readFile(logDirectory + "/kvlnfwup.log"), alone.log);
+    EXPECT_TRUE(fs::exists(logDirectory + "/kvlnfwup001.log"));
+    EXPECT_EQ(readAdapters()["adapters"], updated);
+}
+
+// What the dead run left behind holds the lock: had the next run not waited, it would have shown
+// the version that the adapter had before.
+TEST_F(Turn, UtilityOfAKilledRunIsWaitedFor) {
+    Hold hold;
+    const OtherRun first("/state/first");
+    hold.awaitFlash();
+    EXPECT_EQ(first.end(SIGKILL), 128 + SIGKILL);
+    const OtherRun second("/state/second", {"-v"});
+    Texts told = {waits};
+    if (fs::exists("/proc/self")) {
+        told.insert(told.end(), {"Held by process ", " (sh), ", " (lnxfwvt2).\n"});
+    }
+    ASSERT_TRUE(second.says(told));
+    hold.end();
+    EXPECT_EQ(second.end(), 0);
+    EXPECT_TRUE(hasInOrder(second.console(), {"BOOT", updated[0]["components"]["bc"]}));
+}
+
+TEST_F(Turn, UntilThenItHasTouchedNothingAndCtrlCEndsIt) {
+    const Lock lock(packageDirectory);
+    for (const int signalNumber : {SIGINT, SIGTERM}) {
+        const OtherRun waiting("/state/waiting");
+        EXPECT_TRUE(waiting.says({waits}));
+        EXPECT_EQ(waiting.end(signalNumber), 128 + signalNumber);
+        EXPECT_FALSE(fs::exists(logDirectory));
+    }
+    EXPECT_EQ(run({"-?"}).status, 0);
+    EXPECT_EQ(run({"-nonsense"}).status, 1);
+}
+
+TEST_F(Turn, NobodyWaitsForAnotherDirectory) {
+    const Lock lock("/state");
+    EXPECT_EQ(run({}).console, alone.console);
 }
 
 }  // namespace e2e

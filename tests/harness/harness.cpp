@@ -58,8 +58,8 @@ bool canMount() {
 }
 
 // Ends with what `program` ends with; 126 when it can't be started.
-static pid_t start(const std::string& program, const Texts& arguments, int output,
-                   const std::function<void()>& prepare) {
+static pid_t startProgram(const std::string& program, const Texts& arguments, int output,
+                          const std::function<void()>& prepare) {
     std::vector<char*> argv = {const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments) {
         argv.push_back(const_cast<char*>(argument.c_str()));
@@ -104,23 +104,25 @@ static bool readAll(int input, std::string& text) {
     }
 }
 
+int awaitEnd(pid_t process) {
+    int status = 0;
+    demand(waitpid(process, &status, 0) == process, "waitpid");
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
 static int runProgram(const std::string& program, const Texts& arguments, std::string& console,
                       const std::function<void()>& prepare) {
     int ends[2];
     demand(pipe2(ends, O_CLOEXEC) == 0, "pipe");
-    const pid_t child = start(program, arguments, ends[1], prepare);
+    const pid_t child = startProgram(program, arguments, ends[1], prepare);
     close(ends[1]);
     const bool ended = readAll(ends[0], console);
     close(ends[0]);
     if (!ended) {
         kill(-child, SIGKILL);
     }
-    int status = 0;
-    demand(waitpid(child, &status, 0) == child, "waitpid");
-    if (!ended) {
-        return neverEnded;
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    const int status = awaitEnd(child);
+    return ended ? status : neverEnded;
 }
 
 static void mountFresh(const std::string& directory) {
@@ -231,6 +233,10 @@ std::string takeOutcome(const std::string& text, const std::string& command, siz
     }
     at = text.find('\n', from + quoted.size() + sizeof "Command ");
     return text.substr(from, at - from);
+}
+
+pid_t startRun(const Texts& arguments, int output) {
+    return startProgram("./zentrix", arguments, output, {});
 }
 
 Result run(const Texts& arguments, const std::function<void()>& prepare) {

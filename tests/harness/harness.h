@@ -5,6 +5,8 @@
 // for every package. Set-up that fails throws std::runtime_error.
 #pragma once
 
+#include <sys/types.h>
+
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -53,6 +55,11 @@ void editAdapters(const Json& edits);
 // Runs ./zentrix in the package directory, in a process group of its own, with
 // no input. `prepare` runs in the new process, just before the program.
 Result run(const Texts& arguments, const std::function<void()>& prepare = {});
+
+// Starts the same beside the test, with its console at `output`; then waits for its end and gives
+// its status as a shell would.
+pid_t startRun(const Texts& arguments, int output);
+int awaitEnd(pid_t process);
 
 // The line of a text, from `at` on, that tells how a command ended: with an
 // exit code or skipped. Moves `at` behind it; empty when there is none.

@@ -8,42 +8,17 @@
 # script/package is killed before each of its commands, or only every EVERYth.
 set -eu
 
-tree=$(cd "$(dirname "$0")/../.." && pwd)
+# shellcheck source=tests/package/lib.sh
+. "$(dirname "$0")/lib.sh"
 every=${2-1}
-work=$(mktemp -d)
-cd "$work"
-failures=0
-runs=0
-export GNUPGHOME=$work/gnupg SOURCE_DATE_EPOCH=1710000000
-mkdir -m 700 gnupg
-umask 022
-
-complain() {
-    echo "FAILED: $*" >&2
-    failures=$((failures + 1))
-}
-
-# package ARGUMENT...: a later argument takes the place of an earlier one.
-package() {
-    runs=$((runs + 1))
-    "$tree/script/package" --any-width --build build --flash-tool tool --images images \
-        --build-version 7.12b.4.3a --sign good --out out/p "$@" >said 2>&1
-}
-
-# key NAME TIME
-key() {
-    gpg --batch -q --passphrase '' --faked-system-time "$2!" --quick-generate-key "$1" ed25519 sign never 2>>gpg.log
-    gpg --batch -q --export "$1" >"$1.gpg"
-}
-
-key good 20240101T000000
-key young 20250101T000000
-mkdir out images build
+export SOURCE_DATE_EPOCH=1710000000
+key good --faked-system-time '20240101T000000!'
+key young --faked-system-time '20250101T000000!'
+prepare build
+arguments+=(--sign good)
+mkdir build
 cp "$1/package_check" build
-sed -nE 's/^project\(zentrix VERSION ([0-9.]+).*/\1/p' "$tree/CMakeLists.txt" >build/zentrix
-echo firmware >images/3C01bc.bin
-printf '#!/bin/sh\n' >tool
-chmod +x tool
+tree_version >build/zentrix
 
 # ---- Signed by a key of gpg's, twice the same.
 
@@ -66,7 +41,7 @@ rm out/p.tar.gz.asc
 # A key that was made a moment ago, where nothing sets another time.
 (
     unset SOURCE_DATE_EPOCH
-    key new "$(date -u +%Y%m%dT%H%M%S)"
+    key new
     package --sign new && "$tree/script/verify" out/p.tar.gz new.gpg
 ) >answer || complain "not signed by a new key: $(cat said)"
 rm -r out/p*
@@ -156,5 +131,4 @@ for tool in awk cmp cp cut diff find gpgv gzip od sha256sum sort tail tar tr; do
     done
 done
 
-echo "$runs runs of script/package, $full of them with a full disk"
 [ $failures = 0 ]

@@ -5,27 +5,12 @@
 #   tests/package/package_test.sh BUILD_DIR
 set -eu
 
-tree=$(cd "$(dirname "$0")/../.." && pwd)
 build=$(cd "$1" && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
-failures=0
+# shellcheck source=tests/package/lib.sh
+. "$(dirname "$0")/lib.sh"
+prepare "$build"
 export SOURCE_DATE_EPOCH=1700000000
-version=7.12b.4.3a
-zentrix=$(sed -nE 's/^project\(zentrix VERSION ([0-9.]+).*/\1/p' "$tree/CMakeLists.txt")
-any_width=yes
-
-complain() {
-    echo "FAILED: $*" >&2
-    failures=$((failures + 1))
-}
-
-# package ARGUMENT...: a later argument takes the place of an earlier one.
-package() {
-    "$tree/script/package" ${any_width:+--any-width} --build "$build" --flash-tool tool \
-        --images images --build-version $version --out out/p "$@" >said 2>&1
-}
+zentrix=$(tree_version)
 
 # refused MESSAGE ARGUMENT...
 refused() {
@@ -42,28 +27,13 @@ refused() {
     rm -rf out/p out/p.tar.gz
 }
 
-# directory NAME FILE...: images that differ from each other.
-directory() {
-    local name=$1 file
-    shift
-    mkdir "$name"
-    for file in "$@"; do
-        echo "firmware $file" >"$name/$file"
-    done
-}
-
 # ---- Refusals.
-
-mkdir out
-directory images 3C01bc.bin 3C02mbaf.bin 3C06ncsi.bin
-printf '#!/bin/sh\n' >tool
-chmod +x tool
 
 digits=$(printf '4%.0s' {1..40})
 for wrong in '' 7.12.4.3a 7.12b.4.3 7.12b.4.3a.1; do
     refused "\"$wrong\" is no version" --build-version "$wrong"
 done
-for wrong in "$version;id" "$version " $'7.12b.4.3a\n' "7.12b.\$(id).3a" '7.12b.4_1.3a'; do
+for wrong in '7.12b.4.3a;id' '7.12b.4.3a ' $'7.12b.4.3a\n' "7.12b.\$(id).3a" '7.12b.4_1.3a'; do
     refused "letters, digits and dots only: $wrong" --build-version "$wrong"
 done
 refused "48 characters at most" --build-version "7.12b.${digits}.3a"
@@ -75,30 +45,33 @@ refused "no such file: images" --flash-tool images
 refused "lacks the permission: not-executable" --flash-tool not-executable
 refused "neither a program nor a script: no-program" --flash-tool no-program
 
-count=0
 for wrong in 3CFFbc.bin 3c01bc.bin 3C01BC.bin 3C01efi.bin 3C01.bin 3C01bc 3C01bc.bin.orig README \
     .hidden; do
-    count=$((count + 1))
-    directory wrong$count 3C01bc.bin "$wrong"
-    refused "\"$wrong\" isn't named by" --images wrong$count
+    mkdir wrong
+    echo firmware | tee wrong/3C01bc.bin >"wrong/$wrong"
+    refused "\"$wrong\" isn't named by" --images wrong
+    rm -r wrong
 done
-mkdir none directory && mkdir directory/3C01bc.bin
-directory empty && : >empty/3C01bc.bin
+mkdir -p none empty directory/3C01bc.bin
+: >empty/3C01bc.bin
 refused "no images in none" --images none
 refused "no such directory of images: tool" --images tool
 refused "an empty image: empty/3C01bc.bin" --images empty
 refused "not a file: directory/3C01bc.bin" --images directory
 
+# What is for 64 bits, then for another processor, then right but not this version's.
 mkdir wide
 cp "$build/package_check" wide
+arguments=("${arguments[@]:1}")
 printf '\177ELF\2\1\1\0\0\0\0\0\0\0\0\0\3\0\3\0' >wide/zentrix
-any_width='' refused "not a 32-bit x86 program: wide/zentrix" --build wide
+refused "not a 32-bit x86 program: wide/zentrix" --build wide
 printf '\177ELF\1\1\1\0\0\0\0\0\0\0\0\0\3\0\50\0' >wide/zentrix
-any_width='' refused "not a 32-bit x86 program: wide/zentrix" --build wide
-printf '\3' | dd of=wide/zentrix bs=1 seek=18 conv=notrunc status=none
+refused "not a 32-bit x86 program: wide/zentrix" --build wide
+printf '\177ELF\1\1\1\0\0\0\0\0\0\0\0\0\3\0\3\0' >wide/zentrix
 refused "build it anew" --build wide
 echo "$zentrix" >>wide/zentrix
-any_width='' package --build wide --out wide/p || complain "32 bits: $(cat said)"
+package --build wide --out wide/p || complain "32 bits: $(cat said)"
+arguments+=(--any-width)
 refused "no none/zentrix: script/release makes it" --build none
 
 virtual=(--flash-tool '' --images '' --build-version '' --virtual)
@@ -117,8 +90,7 @@ refused "already there: $work/out/p.tar.gz"
 listed="3C01bc.bin 3C02mbaf.bin 3C06ncsi.bin BuildVersion.txt README SHA256SUMS lnxfwvt2"
 listed+=" zentrix zentrix.8"
 # Only a 32-bit one goes to servers.
-! bash -c '. "$0" && is_for_x86 "$1"' "$tree/script/lib.sh" "$build/zentrix-report" ||
-    listed=${listed/ zentrix / tools zentrix }
+! is_for_x86 "$build/zentrix-report" || listed=${listed/ zentrix / tools zentrix }
 longest=7.12b.${digits:1}.3a
 package --build-version "$longest" || complain "${#longest} characters: $(cat said)"
 [ "$(cat out/p/BuildVersion.txt)" = "$longest" ] || complain "another BuildVersion.txt"
@@ -151,14 +123,9 @@ diff -r out/p again/unpacked/p || complain "the archive isn't the directory"
 # says COMMIT: what the README of a package out of the copied tree says.
 says() {
     rm -rf named named.tar.gz
-    copied/script/package --any-width --build "$build" --flash-tool tool --images images \
-        --build-version $version --out named >said 2>&1 || complain "copied: $(cat said)"
+    copied/script/package "${arguments[@]}" --out named >said 2>&1 || complain "copied: $(cat said)"
     grep -qx "zentrix $zentrix, packed from $1" named/README ||
         complain "not packed from $1, but: $(grep zentrix named/README | head -n 1)"
-}
-commit_copy() {
-    git -C copied add -A
-    git -C copied -c user.name=t -c user.email=t@t commit -qm "$1"
 }
 mkdir copied
 cp -r "$tree"/{CMakeLists.txt,script,package,docs} copied
@@ -166,7 +133,8 @@ says "an unknown commit"
 if command -v git >/dev/null; then
     git init -q copied
     says "an unknown commit"
-    commit_copy one
+    git -C copied add -A
+    git -C copied -c user.name=t -c user.email=t@t commit -qm one
     commit=$(git -C copied rev-parse --short=12 HEAD)
     says "commit $commit"
     echo "# changed" >>copied/CMakeLists.txt

@@ -1,7 +1,6 @@
-#include "maintenance/diagnostics.h"
-
 #include "fixture.h"
 #include "inventory/firmware_inventory.h"
+#include "maintenance/diagnostics.h"
 
 namespace fwup {
 

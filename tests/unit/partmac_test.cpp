@@ -1,7 +1,6 @@
-#include "partmac/partition_mac.h"
-
 #include "fake_kvmapi.h"
 #include "fixture.h"
+#include "partmac/partition_mac.h"
 
 namespace fwup {
 

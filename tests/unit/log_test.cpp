@@ -1,6 +1,5 @@
-#include "log/command_runner.h"
-
 #include "fixture.h"
+#include "log/command_runner.h"
 #include "log/update_log.h"
 
 namespace fwup {

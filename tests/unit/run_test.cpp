@@ -1,11 +1,10 @@
-#include "run/run_turn.h"
-
 #include <sys/file.h>
 
 #include <cerrno>
 #include <vector>
 
 #include "fixture.h"
+#include "run/run_turn.h"
 
 namespace fwup {
 
